@@ -1,0 +1,178 @@
+// The curve set of a CurveControl: growing and shrinking it, deleting one curve, and the
+// snapshots (CopyFrom) that make those changes undoable.
+#include "control/control_undo.h"
+#include "control/curve_control.h"
+#include "host/hold.h"
+#include "plugin/res_string.h"
+
+namespace {
+
+const char* defaultButtonText() {
+    const char* t = GetResString(5);
+    return t ? t : "";
+}
+
+/// A control copy made for an undo record, with the hold suspended so that copying
+/// records nothing. Released the same way.
+CurveControl* makeSnapshot(CurveControl& from) {
+    auto* snap = new CurveControl;
+    const bool holding = theHold.Holding();
+    if (holding) theHold.Suspend();
+    snap->CopyFrom(from);
+    if (holding) theHold.Resume();
+    return snap;
+}
+
+}  // namespace
+
+void releaseSnapshot(CurveControl* snap) {
+    if (!snap) return;
+    const bool holding = theHold.Holding();
+    if (holding) theHold.Suspend();
+    snap->DropAllCurves();
+    if (holding) theHold.Resume();
+    snap->DeleteThis();
+}
+
+void CurveControl::clearButtonTexts() {
+    for (int i = 0; i < curveButtonTexts_.Count(); ++i) delete curveButtonTexts_[i];
+    curveButtonTexts_.Resize(0);
+}
+
+void CurveControl::appendButtonText(const char* text) {
+    CStr* s = new CStr(text);
+    curveButtonTexts_.Append(1, &s);
+}
+
+void CurveControl::setCurveTableSize(int n) { curves_.SetCount(n); }
+
+void CurveControl::DropAllCurves() {
+    for (int i = curves_.Count() - 1; i >= 0; --i) {
+        // A curve that an undo record keeps alive must not point at a control that goes.
+        if (curves_[i]) curves_[i]->SetOwner(nullptr);
+        DeleteReference(i);
+    }
+    curves_.Resize(0);
+}
+
+void CurveControl::CopyFrom(CurveControl& other) {
+    legacyInt_ = other.legacyInt_;
+    shownCurves_ = other.shownCurves_;
+    zoomFlyOff_ = other.zoomFlyOff_;
+    instanceIndex_ = other.instanceIndex_;
+    hZoom_ = other.hZoom_;
+    vZoom_ = other.vZoom_;
+    zoomSet_ = other.zoomSet_;
+    hScroll_ = other.hScroll_;
+    vScroll_ = other.vScroll_;
+    scrollSet_ = other.scrollSet_;
+    placement_ = other.placement_;
+    placementSaved_ = other.placementSaved_;
+    xRange_ = other.xRange_;
+    yRange_ = other.yRange_;
+    title_ = other.title_;
+    flags_ = other.flags_;
+    toolMode_ = other.toolMode_;
+    hWnd_ = nullptr;
+    editorWindow_ = nullptr;
+    SetCurveCount(other.GetCurveCount(), FALSE);
+    for (int i = 0; i < other.GetCurveCount(); ++i) {
+        Curve* mine = GetCurveObject(i);
+        Curve* theirs = other.GetCurveObject(i);
+        if (mine && theirs) {
+            mine->Copy(*theirs);
+            mine->SetOwner(this);
+        }
+        if (i < curveButtonTexts_.Count() && curveButtonTexts_[i])
+            *curveButtonTexts_[i] = other.CurveButtonText(i);
+    }
+}
+
+void CurveControl::SetCurveCount(int n, BOOL undoable) {
+    if (n < 0) n = 0;
+    CurveControl* snapshot = undoable ? makeSnapshot(*this) : nullptr;
+    const bool suspended = theHold.Holding();
+    if (suspended) theHold.Suspend();
+
+    // The working copy is resized without keeping bits (the host clears them): the copy
+    // handed to SetShownCurves at the end is the resized one.
+    BitArray display = shownCurves_;
+    if (display.GetSize() < n) display.SetSize(n, 0);
+
+    const int count = GetCurveCount();
+    if (n > count) {
+        if (shownCurves_.GetSize() < n) shownCurves_.SetSize(n, 1);
+        setCurveTableSize(n);
+        for (int i = count; i < n; ++i) {
+            curves_[i] = nullptr;
+            Curve* c = new Curve(this, 0);
+            ReplaceReference(i, c);
+            c->SetPointCount(2);
+            CurveKnot* k = c->Knots();
+            if (k) {
+                k[0] = CurveKnot(Point2(xRange_.x, 0.0f), Point2(), Point2(),
+                                 KNOT_ENDPOINT | KNOT_CORNER);
+                k[1] = CurveKnot(Point2(xRange_.y, 0.0f), Point2(), Point2(),
+                                 KNOT_ENDPOINT | KNOT_CORNER);
+            }
+            c->InvalidateCache();
+            c->SetPen(0, 0, 0);
+            c->SetDisabledPen(0xC0C0C0, 0, 0);
+            appendButtonText(defaultButtonText());
+        }
+        if (ICurveCtlClient* client = Client())
+            for (int i = count; i < n; ++i) client->NewCurveCreated(i, this);
+        if (IsEditorOpen()) editorWindow_->RebuildCurveButtons();
+        SetShownCurves(display);
+    } else if (n < count) {
+        for (int i = count - 1; i >= n; --i) {
+            DeleteReference(i);
+            curves_.Delete(i, 1);
+            delete curveButtonTexts_[i];
+            curveButtonTexts_.Delete(i, 1);
+        }
+        if (IsEditorOpen()) {
+            // A single curve needs no display toggle: it is shown.
+            if (GetCurveCount() == 1) {
+                display.Set(0);
+                SetShownCurves(display);
+            }
+            editorWindow_->RebuildCurveButtons();
+        }
+    }
+
+    if (IsEditorOpen()) editorWindow_->InvalidateGraph();
+    if (suspended) theHold.Resume();
+    if (snapshot) {
+        if (theHold.Holding()) theHold.Put(new DeleteCurveRestore(this, snapshot));
+        releaseSnapshot(snapshot);
+    }
+}
+
+void CurveControl::DeleteCurve(int i) {
+    // Entry i decides the snapshot before the range test: callers pass valid indices.
+    CurveControl* snapshot = (GetCurve(i) != nullptr) ? makeSnapshot(*this) : nullptr;
+    const bool suspended = theHold.Holding();
+    if (suspended) theHold.Suspend();
+    if (i >= 0 && i < GetCurveCount()) {
+        DeleteReference(i);
+        curves_.Delete(i, 1);
+        delete curveButtonTexts_[i];
+        curveButtonTexts_.Delete(i, 1);
+        // The display copy is cut one bit short (bits keep their indices; they do not
+        // move down with the curves after i).
+        BitArray display = shownCurves_;
+        display.SetSize(display.GetSize() > 0 ? display.GetSize() - 1 : 0, 1);
+        if (IsEditorOpen()) {
+            if (GetCurveCount() == 1) display.Set(0);
+            editorWindow_->RebuildCurveButtons();
+        }
+        SetShownCurves(display);
+        if (IsEditorOpen()) editorWindow_->InvalidateGraph();
+    }
+    if (suspended) theHold.Resume();
+    if (snapshot) {
+        if (theHold.Holding()) theHold.Put(new DeleteCurveRestore(this, snapshot));
+        releaseSnapshot(snapshot);
+    }
+}

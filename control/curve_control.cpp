@@ -1,0 +1,329 @@
+// CurveControl: construction, the ICurveCtl operations that configure the control and its
+// editor, and the reference face the host sees. The curve set itself is managed in
+// control_curves.cpp.
+#include "control/curve_control.h"
+
+#include "host/controller.h"
+#include "host/core_interface.h"
+#include "host/hold.h"
+#include "plugin/class_descs.h"
+#include "plugin/platform.h"
+#include "plugin/res_string.h"
+
+#include <algorithm>
+
+CurveControl::CurveControl() : shownCurves_(32), title_("Curve Control") {}
+
+CurveControl::~CurveControl() {
+    if (hWnd_) SetEditorOpen(FALSE);
+    clearButtonTexts();
+    DropAllCurves();
+}
+
+// ---------------------------------------------------------------------------------------
+// Host-facing face
+
+Class_ID CurveControl::ClassID() { return GetCurveControlClassDesc()->ClassID(); }
+SClass_ID CurveControl::SuperClassID() { return GetCurveControlClassDesc()->SuperClassID(); }
+
+CStr CurveControl::SubAnimName(int i) {
+    CStr name;
+    if (const char* fmt = GetResString(36)) name.printf(fmt, i + 1);
+    return name;
+}
+
+RefTargetHandle CurveControl::GetReference(int i) {
+    if (i < 0 || i >= curves_.Count()) return nullptr;
+    return curves_[i];
+}
+
+void CurveControl::SetReference(int i, RefTargetHandle target) {
+    if (i < 0 || i >= curves_.Count()) return;
+    Curve* c = static_cast<Curve*>(target);
+    curves_[i] = c;
+    if (c) c->SetOwner(this);
+}
+
+RefResult CurveControl::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage,
+                                         BOOL) {
+    return REF_SUCCEED;
+}
+
+RefTargetHandle CurveControl::Clone(RemapDir& remap) {
+    auto* c = new CurveControl;
+    c->CopyFrom(*this);
+    BaseClone(this, c, remap);
+    return c;
+}
+
+// ---------------------------------------------------------------------------------------
+// Editor
+
+BOOL CurveControl::IsEditorOpen() {
+    return (editorWindow_ && editorWindow_->Handle()) ? TRUE : FALSE;
+}
+
+BOOL CurveControl::SetEditorOpen(BOOL open) { return ShowEditor(this, open); }
+
+void CurveControl::AttachEditor(HWND frame, IEditorView* editor) {
+    hWnd_ = frame;
+    editorWindow_ = editor;
+}
+
+void CurveControl::DetachEditor() {
+    hWnd_ = nullptr;
+    editorWindow_ = nullptr;
+}
+
+bool CurveControl::SavedPlacement(WINDOWPLACEMENT& wp) const {
+    if (!placementSaved_) return false;
+    wp = placement_;
+    return true;
+}
+
+void CurveControl::StorePlacement(const WINDOWPLACEMENT& wp) {
+    placement_ = wp;
+    placement_.length = sizeof(WINDOWPLACEMENT);
+    placementSaved_ = 1;
+}
+
+void CurveControl::Redraw() {
+    if (editorWindow_ && drawEnabled_) editorWindow_->RedrawGraph();
+}
+
+void CurveControl::InvalidateGraph() {
+    if (editorWindow_) editorWindow_->InvalidateGraph();
+}
+
+void CurveControl::SetControlFlags(DWORD flags) {
+    flags_ = flags;
+    if (IsEditorOpen()) Redraw();
+}
+
+void CurveControl::SetMarkerX(float x) {
+    if (x == currentX_) return;
+    currentX_ = x;
+    Redraw();
+}
+
+// ---------------------------------------------------------------------------------------
+// View state
+
+BOOL CurveControl::GetZoomState(float* h, float* v) {
+    if (IsEditorOpen()) {
+        editorWindow_->CaptureView(hZoom_, vZoom_, hScroll_, vScroll_);
+        zoomSet_ = scrollSet_ = 1;
+    }
+    if (!zoomSet_) return FALSE;
+    if (h) *h = hZoom_;
+    if (v) *v = vZoom_;
+    return TRUE;
+}
+
+void CurveControl::SetZoomState(float h, float v) {
+    hZoom_ = h;
+    vZoom_ = v;
+    zoomSet_ = 1;
+    if (!IsEditorOpen()) return;
+    editorWindow_->SetZoom(std::clamp(h, 0.00002f, 1000000.0f),
+                           std::clamp(v, 0.0000001f, 100000000.0f));
+    Redraw();
+}
+
+BOOL CurveControl::GetScrollState(int* h, int* v) {
+    if (IsEditorOpen()) {
+        editorWindow_->CaptureView(hZoom_, vZoom_, hScroll_, vScroll_);
+        zoomSet_ = scrollSet_ = 1;
+    }
+    if (!scrollSet_) return FALSE;
+    if (h) *h = hScroll_;
+    if (v) *v = vScroll_;
+    return TRUE;
+}
+
+void CurveControl::SetScrollState(int h, int v) {
+    hScroll_ = h;
+    vScroll_ = v;
+    scrollSet_ = 1;
+    if (!IsEditorOpen()) return;
+    editorWindow_->SetScroll(h, v);
+    Redraw();
+}
+
+void CurveControl::ZoomExtents() {
+    if (IsEditorOpen()) editorWindow_->SendCommand(1035);
+}
+
+// ---------------------------------------------------------------------------------------
+// Tool modes: 0..2 move (fly-off 0 xy, 1 x, 2 y), 3 scale, 4..5 insert (0 corner, 1 Bezier)
+
+void CurveControl::SetToolMode(int mode) {
+    toolMode_ = mode;
+    if (!IsEditorOpen()) return;
+    switch (mode) {
+    case 0:
+    case 1:
+    case 2:
+        editorWindow_->SelectEditMode(400, mode);
+        break;
+    case 3:
+        editorWindow_->SelectEditMode(401, -1);
+        break;
+    case 4:
+    case 5:
+        editorWindow_->SelectEditMode(402, mode - 4);
+        break;
+    default:
+        editorWindow_->SelectEditMode(400, -1);
+        break;
+    }
+}
+
+int CurveControl::GetToolMode() {
+    if (IsEditorOpen()) {
+        int mode = 0, flyOff = 0;
+        editorWindow_->GetEditMode(mode, flyOff);
+        if (mode == 400 && flyOff >= 0 && flyOff <= 2)
+            toolMode_ = flyOff;
+        else if (mode == 401)
+            toolMode_ = 3;
+        else if (mode == 402 && (flyOff == 0 || flyOff == 1))
+            toolMode_ = 4 + flyOff;
+    }
+    return toolMode_;
+}
+
+// ---------------------------------------------------------------------------------------
+// Curves and display
+
+ICurve* CurveControl::GetCurve(int i) {
+    if (i < 0 || i >= curves_.Count()) return nullptr;
+    return curves_[i];
+}
+
+void CurveControl::SetShownCurves(BitArray mode) {
+    if (mode.GetSize() < curves_.Count()) mode.SetSize(curves_.Count(), 1);
+    shownCurves_ = mode;
+    if (editorWindow_) {
+        editorWindow_->SetCaption(title_.data());
+        if (IsEditorOpen()) {
+            editorWindow_->SetDisplayMode(shownCurves_);
+            Redraw();
+        }
+    }
+}
+
+void CurveControl::ToggleCurveDisplay(int i) {
+    BitArray bits = shownCurves_;
+    if (i >= bits.GetSize()) bits.SetSize(i + 1, 1);
+    bits.Set(i, !bits[i]);
+    SetShownCurves(bits);
+}
+
+const char* CurveControl::CurveButtonText(int i) const {
+    if (i < 0 || i >= curveButtonTexts_.Count() || !curveButtonTexts_[i]) return "";
+    return curveButtonTexts_[i]->data();
+}
+
+ICurveCtlClient* CurveControl::Client() {
+    if (!clientObject_) return nullptr;
+    return static_cast<ICurveCtlClient*>(clientObject_->GetInterface(CURVE_CLIENT_INTERFACE_ID));
+}
+
+void CurveControl::RefreshCurveButtonTexts() {
+    ICurveCtlClient* client = Client();
+    if (!client) return;
+    HIMAGELIST images = nullptr;
+    if (client->GetCurveButtonImages(&images, this)) buttonImages_ = images;
+    for (int i = 0; i < curveButtonTexts_.Count(); ++i) {
+        CStr text;
+        if (client->GetCurveButtonText(i, text, this) && curveButtonTexts_[i])
+            *curveButtonTexts_[i] = text;
+    }
+}
+
+void CurveControl::SendClientMessage(UINT msg, WPARAM wParam, LPARAM lParam) {
+    if (notifyWindow_) platform::SendToWindow(notifyWindow_, msg, wParam, lParam);
+}
+
+// ---------------------------------------------------------------------------------------
+// Validity
+
+Interval CurveControl::GetValidity(TimeValue t) {
+    Interval valid = FOREVER;
+    for (int i = 0; i < curves_.Count(); ++i)
+        if (curves_[i]) valid &= curves_[i]->CacheValidity(t);
+    return valid;
+}
+
+void CurveControl::Update(TimeValue t, Interval& valid) { valid &= GetValidity(t); }
+
+// ---------------------------------------------------------------------------------------
+// Ranges
+
+namespace {
+// x' = ((low - (oldLow - x) * s) + (high - (oldHigh - x) * s)) * 0.5: each end of the new
+// range measured from the matching end of the old one, averaged.
+float mapX(float x, float low, float high, float oldLow, float oldHigh, float s) {
+    return ((low - (oldLow - x) * s) + (high - (oldHigh - x) * s)) * 0.5f;
+}
+}  // namespace
+
+void CurveControl::SetXRange(float low, float high, BOOL rescale) {
+    if (low > high) return;
+    const float oldLow = xRange_.x, oldHigh = xRange_.y;
+    const float s = (high - low) / (oldHigh - oldLow);
+    xRange_ = Point2(low, high);
+    SuspendAnimate();
+    const TimeValue now = GetCOREInterface()->GetTime();
+    if (rescale) {
+        for (int c = 0; c < curves_.Count(); ++c) {
+            Curve* curve = curves_[c];
+            if (!curve || !curve->Knots()) continue;
+            for (int i = 0; i < curve->PointCount(); ++i) {
+                CurveKnot& k = curve->Knots()[i];
+                auto* ctrl = dynamic_cast<Control*>(curve->Controller(i));
+                // Handles follow in absolute position; a corner has no handles to keep.
+                if ((k.flags & KNOT_TYPE_MASK) != KNOT_TYPE_CORNER) {
+                    const float px = mapX(k.pos.x, low, high, oldLow, oldHigh, s);
+                    k.inTan.x = mapX(k.pos.x + k.inTan.x, low, high, oldLow, oldHigh, s) - px;
+                    k.outTan.x = mapX(k.pos.x + k.outTan.x, low, high, oldLow, oldHigh, s) - px;
+                }
+                if (!ctrl) {
+                    Point2 p = k.pos;
+                    p.x = mapX(p.x, low, high, oldLow, oldHigh, s);
+                    curve->SetKnotPosition(now, i, p);
+                    continue;
+                }
+                for (int key = 0; key < ctrl->NumKeys(); ++key) {
+                    const TimeValue kt = ctrl->GetKeyTime(key);
+                    Interval iv = FOREVER;
+                    Point3 v;
+                    ctrl->GetValue(kt, &v, iv, CTRL_ABSOLUTE);
+                    curve->SetKnotPosition(kt, i, Point2(mapX(v.x, low, high, oldLow, oldHigh, s), v.y));
+                }
+                if (ctrl->NumKeys() == 0) {
+                    Interval iv = FOREVER;
+                    Point3 v;
+                    ctrl->GetValue(now, &v, iv, CTRL_ABSOLUTE);
+                    curve->SetKnotPosition(now, i, Point2(mapX(v.x, low, high, oldLow, oldHigh, s), v.y));
+                }
+            }
+            curve->InvalidateCache();
+        }
+    }
+    ResumeAnimate();
+    if (IsEditorOpen()) Redraw();
+}
+
+// ---------------------------------------------------------------------------------------
+// Reset
+
+void CurveControl::ResetSelectedCurves() {
+    theHold.Begin();
+    ICurveCtlClient* client = Client();
+    for (int i = 0; i < GetCurveCount(); ++i)
+        if (shownCurves_[i] && client) client->ResetCurve(i, this);
+    theHold.Accept(GetResString(34));
+    Redraw();
+}

@@ -1,0 +1,245 @@
+// Curve: one editable function curve y = f(x) of a curve control.
+//
+// A Curve is a host ReferenceTarget whose references are its point controllers (reference
+// i animates point i, null when point i is not animated). Its owner, the CurveControl that
+// holds it, supplies the x and y ranges and the flag word and receives redraw requests;
+// the owner's notify window receives the client messages.
+//
+// Where each group of operations is implemented:
+//   curve.cpp         construction, copying, resizing, the host-facing face, simple queries
+//   curve_eval.cpp    evaluation and its caches
+//   curve_undo.cpp    the undo records (curve_undo.h)
+//   curve_edit.cpp    point editing under constraints, selection, insertion, deletion
+//   curve_io.cpp      saving and loading
+//   curve_mirror.cpp  mirror and rotate
+//   curve_draw_win32.cpp  drawing and hit testing (window layer)
+#pragma once
+
+#include "curvectl/icurve.h"
+#include "host/bitarray.h"
+#include "host/geom.h"
+#include "host/interval.h"
+#include "host/tab.h"
+
+#include <atomic>
+#include <mutex>
+
+class CurveControl;
+class DeformPtPosChange;
+
+/// Point-type change modes of ChangeKnotType (see curve_edit.cpp).
+#define KNOT_TYPE_CHANGE_FROM_MENU 0
+#define KNOT_TYPE_CHANGE_REFIT 3
+
+/// Result flags of GetSelectedPosition.
+#define SELPOS_HAS_POINTS 0x1
+#define SELPOS_X_UNIFORM 0x2
+#define SELPOS_Y_UNIFORM 0x8
+
+class Curve : public ICurve {
+public:
+    /// A curve without points. `owner` may be null (curves made by the class descriptor
+    /// or as temporaries); such a curve sends no client messages and asks for no redraw.
+    Curve(CurveControl* owner, int tag);
+    ~Curve() override;
+
+    /// Makes this curve a copy of `src`: points, pens, lookup size, fitted width, curve
+    /// flags, owner and animatable flag. Point controllers are cloned, never shared.
+    void Copy(const Curve& src);
+
+    /// @name Host-facing face (Animatable, ReferenceMaker, ReferenceTarget)
+    /// @{
+    void GetClassName(CStr& s) override { s = "Curve"; }
+    Class_ID ClassID() override;
+    SClass_ID SuperClassID() override;
+    void* GetInterface(ULONG id) override;
+    int NumSubs() override { return count_; }
+    Animatable* SubAnim(int i) override { return GetReference(i); }
+    /// "Point %d" with i + 1.
+    CStr SubAnimName(int i) override;
+    BOOL IsAnimated() override;
+    int NumRefs() override { return count_; }
+    RefTargetHandle GetReference(int i) override;
+    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget,
+                               PartID& partID, RefMessage message, BOOL propagate) override;
+    int RemapRefOnLoad(int iref) override { return iref; }
+    RefTargetHandle Clone(RemapDir& remap) override;
+    IOResult Save(ISave* isave) override;
+    IOResult Load(ILoad* iload) override;
+    /// @}
+
+    /// @name ICurve
+    /// @{
+    void SetPen(COLORREF colour, int width, int style) override;
+    void GetPen(COLORREF& colour, int& width, int& style) override;
+    void SetDisabledPen(COLORREF colour, int width, int style) override;
+    void GetDisabledPen(COLORREF& colour, int& width, int& style) override;
+    float ValueAt(TimeValue t, float x, Interval& valid, BOOL useLookup = TRUE) override;
+    void SetAnimatable(BOOL on) override;
+    BOOL IsAnimatable() override { return animatable_; }
+    BOOL IsPointAnimated(int i) override;
+    int PointCount() override { return count_; }
+    void SetPointCount(int n) override;
+    BitArray GetSelection() override;
+    void SetSelection(BitArray sel, int mode) override;
+    void SetKnot(TimeValue t, int i, const CurveKnot& knot, BOOL checkConstraints = TRUE,
+                 BOOL notify = TRUE) override;
+    CurveKnot GetKnot(TimeValue t, int i, Interval& valid) override;
+    void SetEndBehaviour(int mode) override;
+    int GetEndBehaviour() override;
+    int InsertKnotEx(int where, CurveKnot knot, BOOL noRecord) override;
+    int InsertKnot(int where, CurveKnot knot) override { return InsertKnotEx(where, knot, FALSE); }
+    void DeleteKnot(int i) override { DeleteKnotEx(i, FALSE); }
+    void SetLookupSize(int n) override;
+    int GetLookupSize() override { return lookupSize_; }
+    /// @}
+
+    /// @name Evaluation (curve_eval.cpp)
+    /// Safe to call from any thread. Positions are those of the per-time cache: from the
+    /// point controllers at t, end points pinned to the x range, points pushed into order.
+    /// @{
+    /// Solves segment i (point i to point (i + 1) mod count) for x: mode 1 gives the
+    /// Bezier parameter, any other mode y.
+    float SegmentValue(TimeValue t, int i, float x, int mode);
+    /// The point of segment i at parameter u.
+    Point2 SegmentPoint(TimeValue t, int i, float u);
+    /// Resolved position of point i at t; (0, 0) for an index out of range.
+    Point2 CachedPosition(TimeValue t, int i);
+    /// Resolved absolute handles of point i (i must be valid).
+    Point2 CachedInHandle(TimeValue t, int i);
+    Point2 CachedOutHandle(TimeValue t, int i);
+    /// Move limits of point i from the cache: right, left, up and down room.
+    void CachedRoom(TimeValue t, int i, float& right, float& left, float& up, float& down);
+    /// Brings the cache up to date for t.
+    void EnsureCache(TimeValue t);
+    /// The times around t for which the cache (and so every value) stays the same.
+    Interval CacheValidity(TimeValue t);
+    /// Lowest and highest y of the curve at t (points and the segments between them);
+    /// 0 and 0 for a curve without points.
+    void GetValueBounds(TimeValue t, float& lo, float& hi);
+    /// Drops the cache: the next evaluation rebuilds it. Every change of points calls it.
+    void InvalidateCache();
+    /// How many evaluations were counted (summed over threads).
+    long LookupCount() const;
+    /// @}
+
+    /// @name Point editing (curve_edit.cpp)
+    /// t is the time at which animated points are read and set.
+    /// @{
+    /// The point-position setter: stores the position of point i (through its controller
+    /// when animated), records it for undo, sends CURVE_MSG_POINT_CHANGED.
+    void SetKnotPosition(TimeValue t, int i, const Point2& pos);
+    /// Returns 1 (in) or 2 (out) when the tangent changed by more than 0.0001, else 0.
+    int SetInHandle(TimeValue t, int i, const Point2& handle, BOOL invalidate, BOOL notify);
+    int SetOutHandle(TimeValue t, int i, const Point2& handle, BOOL invalidate, BOOL notify);
+    /// Allowed dx of point i, or of the whole selection for an index out of range.
+    void GetMoveRange(TimeValue t, int i, float& lo, float& hi);
+    void GetMoveYRange(TimeValue t, int i, float& lo, float& hi);
+    /// Allowed dx / dy of one handle (selector 0x100 in, 0x200 out).
+    void GetHandleXRange(TimeValue t, int i, int selector, float& lo, float& hi);
+    void GetHandleYRange(TimeValue t, int i, int selector, float& lo, float& hi);
+    void ClampKnotPosition(TimeValue t, int i, Point2& pos);
+    void SetHandleConstrained(TimeValue t, int i, int selector, const Point2& tangent);
+    /// Drags a handle by (dx, dy); selector bit 0x2 breaks the tangent first.
+    void DragHandle(TimeValue t, int i, int selector, float dx, float dy);
+    void ScaleSelectedY(TimeValue t, float origin, float factor, BOOL skipAnimated);
+    /// Splits segment i at x without changing the shape; kind 0 corner, 1 Bezier.
+    int InsertKnotAtX(TimeValue t, int i, float x, int kind);
+    /// Deletes point i; with `noRecord` no undo record is made (undo's own use).
+    void DeleteKnotEx(int i, BOOL noRecord);
+    /// Deletes every selected point, last first; returns how many were deleted.
+    int DeleteSelectedKnots();
+    /// Selection change with undo record; `notify` FALSE sends no CURVE_MSG_SELECTION.
+    void SetSelectionEx(const BitArray& sel, int mode, BOOL notify);
+    /// Changes point i to type `type` (flags & 3), re-deriving its tangents.
+    void ChangeKnotType(TimeValue t, int i, int type, int mode = KNOT_TYPE_CHANGE_FROM_MENU);
+    /// Sets x (or y) of every selected point; TRUE when a point changed.
+    BOOL SetSelectedX(TimeValue t, float x);
+    BOOL SetSelectedY(TimeValue t, float y);
+    /// Position of the selected points at t; SELPOS_... flags, `valid` narrowed.
+    int GetSelectedPosition(TimeValue t, Point2& pos, Interval& valid);
+    /// Gives selected points controllers in animate mode; TRUE when any was made.
+    BOOL AnimateSelectedKnots(BOOL create, BitArray* created);
+    /// Stores point i whole with a DeformPtChange record.
+    void StoreKnot(int i, const CurveKnot& knot);
+    /// @}
+
+    /// @name Whole-curve operations (curve_mirror.cpp)
+    /// @{
+    void Mirror(int axis);
+    void Rotate(int clockwise, int tag);
+    /// @}
+
+    /// @name State shared with the undo records, the control and the editor
+    /// @{
+    CurveControl* Owner() const { return owner_; }
+    void SetOwner(CurveControl* owner) { owner_ = owner; }
+    int Tag() const { return tag_; }
+    const CurveKnot* Knots() const { return points_; }
+    CurveKnot* Knots() { return points_; }
+    float FittedWidth() const { return fittedWidth_; }
+    void SetFittedWidth(float w) { fittedWidth_ = w; }
+    DWORD CurveFlags() const { return curveFlags_; }
+    void SetCurveFlags(DWORD f) { curveFlags_ = f; }
+    bool IsCyclic() const { return (curveFlags_ & 0x1) != 0; }
+    int NotifySuspended() const { return notifySuspended_; }
+    void SetNotifySuspended(int s) { notifySuspended_ = s; }
+    DeformPtPosChange* OpenPosRecord() const { return openPosRecord_; }
+    void SetOpenPosRecord(DeformPtPosChange* r) { openPosRecord_ = r; }
+    /// Set while an editor drag of the curve's points is in progress.
+    bool DragMark() const { return dragMark_; }
+    void SetDragMark(bool m) { dragMark_ = m; }
+    ReferenceTarget* Controller(int i) const;
+    /// Replaces the point table as undo records do: no reference bookkeeping.
+    void InstallTable(int count, const CurveKnot* knots, ReferenceTarget* const* controllers);
+    /// The common tail of undo records: drop the cache, notify dependents (unless
+    /// suspended), redraw the owner. `full` FALSE skips the first two steps.
+    void Refresh(bool full = true);
+    /// Sends a client message to the owner's notify window, if there is one.
+    void SendClientMessage(UINT msg, WPARAM wParam);
+    /// @}
+
+protected:
+    void SetReference(int i, RefTargetHandle target) override;
+
+private:
+    friend class CurveEvaluator;
+    /// Drops every point and controller, then makes n zeroed points (end points 0x102).
+    void Resize(int n);
+    void freeTables();
+    void redrawOwnerIfOpen();
+
+    // --- Pens --------------------------------------------------------------------------
+    COLORREF penColour_ = 0x000000;          // enabled pen colour
+    COLORREF disabledPenColour_ = 0xC0C0C0;  // disabled pen colour
+    int penWidth_ = 0;                       // enabled pen width
+    int disabledPenWidth_ = 0;
+    int penStyle_ = 0;                       // enabled pen style (Windows PS_...)
+    int disabledPenStyle_ = 0;
+
+    // --- Evaluation cache (curve_eval.cpp) -----------------------------------------------
+    Interval cacheValidity_;                 // times for which the segment cache holds
+    std::mutex cacheLock_;                   // guards rebuilding the cache
+    std::atomic<long> lookupCounter_{0};     // evaluations counted
+    float* segmentCache_ = nullptr;          // owned: ten floats per point
+    float lookupStep_ = 0.0f;                // x spacing of the lookup table
+    float lookupIndexScale_ = 0.0f;          // turns x - x low into a table index
+    int lookupSize_ = 1000;                  // intervals of the lookup table
+    int lookupValid_ = 0;                    // the table is filled
+    float* lookupTable_ = nullptr;           // owned: lookupSize_ + 1 floats
+
+    // --- Editing state --------------------------------------------------------------------
+    int notifySuspended_ = 0;                    // non-zero: controller changes are quiet
+    DeformPtPosChange* openPosRecord_ = nullptr; // the hold's position record, not owned
+    bool dragMark_ = false;                      // an editor drag is in progress
+    int animatable_ = 1;                         // points may get controllers
+
+    // --- Points ---------------------------------------------------------------------------
+    CurveControl* owner_;                   // the control holding this curve, or null
+    int tag_;                               // kept as given; not copied
+    int count_ = 0;                         // number of points
+    CurveKnot* points_ = nullptr;           // owned: count_ points in x order
+    ReferenceTarget** controllers_ = nullptr;  // owned array; entries are references
+    float fittedWidth_ = 1.0f;              // x-range width the points were last fitted to
+    DWORD curveFlags_ = 0;                  // 0x1 cyclic, 0x2 / 0x4 end behaviour 0 / 1
+};

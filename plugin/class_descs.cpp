@@ -1,0 +1,45 @@
+#include "plugin/class_descs.h"
+
+#include "control/curve_control.h"
+#include "curve/curve.h"
+#include "plugin/res_string.h"
+
+#include <new>
+
+// Allocation failure comes back as null: nothing may be thrown across to the host.
+void* DefCurveClassDesc::Create(BOOL) { return new (std::nothrow) Curve(nullptr, 0); }
+void* CurveControlClassDesc::Create(BOOL) { return new (std::nothrow) CurveControl(); }
+const char* CurveControlClassDesc::ClassName() { return GetResString(3); }
+
+namespace {
+// Static objects: constructed when the module loads, destroyed when it unloads.
+DefCurveClassDesc curveDesc;
+CurveControlClassDesc curveControlDesc;
+}  // namespace
+
+ClassDesc* GetCurveControlClassDesc() { return &curveControlDesc; }
+ClassDesc* GetDefCurveClassDesc() { return &curveDesc; }
+
+extern "C" {
+
+const char* LibDescription() { return GetResString(1); }
+
+int LibNumberClasses() { return 2; }
+
+// Index 0 is the control although Curve is declared first: hosts and saved scenes
+// expect this order.
+ClassDesc* LibClassDesc(int i) {
+    switch (i) {
+    case 0:
+        return &curveControlDesc;
+    case 1:
+        return &curveDesc;
+    default:
+        return nullptr;
+    }
+}
+
+unsigned long LibVersion() { return CURVECTL_LIB_VERSION; }
+
+int CanAutoDefer() { return 1; }
+}

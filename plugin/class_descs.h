@@ -1,0 +1,40 @@
+// The module's two class descriptors and its exported entry points.
+#pragma once
+
+#include "host/class_desc.h"
+
+/// Descriptor of Curve: not public, created by the host only while it loads a scene.
+class DefCurveClassDesc : public ClassDesc {
+public:
+    int IsPublic() override { return 0; }
+    void* Create(BOOL loading = FALSE) override;
+    const char* ClassName() override { return ""; }
+    SClass_ID SuperClassID() override { return 0x00000100; }
+    Class_ID ClassID() override { return Class_ID(0x5F2D3A0A, 0x4BE75269); }
+    const char* Category() override { return ""; }
+};
+
+/// Descriptor of CurveControl: public, created by clients.
+class CurveControlClassDesc : public ClassDesc {
+public:
+    int IsPublic() override { return 1; }
+    void* Create(BOOL loading = FALSE) override;
+    const char* ClassName() override;
+    SClass_ID SuperClassID() override { return 0x00000100; }
+    Class_ID ClassID() override { return Class_ID(0x14585773, 0x483A7DCF); }
+    const char* Category() override { return ""; }
+};
+
+ClassDesc* GetCurveControlClassDesc();
+ClassDesc* GetDefCurveClassDesc();
+
+/// The host's plug-in version constant for the release this module is built for.
+#define CURVECTL_LIB_VERSION 0x2AF81900UL
+
+extern "C" {
+const char* LibDescription();
+int LibNumberClasses();
+ClassDesc* LibClassDesc(int i);
+unsigned long LibVersion();
+int CanAutoDefer();
+}
