@@ -40,3 +40,31 @@
 
 /* The point context menu. */
 #define IDR_POINT_MENU 101
+
+/* Commands of the point menu (IDR_POINT_MENU). */
+#define IDM_TYPE_CORNER 40001
+#define IDM_TYPE_BEZIER_SMOOTH 40002
+#define IDM_TYPE_BEZIER_CORNER 40003
+#define IDM_MOVE_XY 40004
+#define IDM_MOVE_X 40005
+#define IDM_MOVE_Y 40006
+#define IDM_SCALE 40007
+#define IDM_INSERT_CORNER 40009
+#define IDM_INSERT_BEZIER 40010
+#define IDM_DELETE 40012
+
+/* Editor toolbar image strips (colour bitmap, mask bitmap), drawn by
+   tools/make_editor_art.py. */
+#define IDB_EDIT_MASK 112
+#define IDB_VIEW_MASK 113
+#define IDB_VIEW_IMAGES 114
+#define IDB_CURVE_MASK 122
+#define IDB_EDIT_IMAGES 123
+#define IDB_CURVE_IMAGES 128
+
+/* Cursors of the mouse modes. */
+#define IDC_POINT_CURSOR 101
+#define IDC_MOVE_CURSOR 102
+#define IDC_PAN_CURSOR 105
+#define IDC_ZOOM_CURSOR 191
+#define IDC_ZOOM_REGION_CURSOR 193
