@@ -54,17 +54,21 @@ public:
     const T& operator[](int i) const { return items_[i]; }
     T* Addr(int i) { return items_ + i; }
 
-    /// Appends n items from `items`; returns the index of the first.
+    /// Appends n items from `items`; returns the index of the first. n <= 0 appends
+    /// nothing.
     int Append(int n, const T* items) {
         int at = count_;
+        if (n <= 0) return at;
         SetCount(count_ + n);
         if (n > 0 && items) std::memcpy(static_cast<void*>(items_ + at), items, sizeof(T) * n);
         return at;
     }
-    /// Inserts n items at `at`; returns `at`.
+    /// Inserts n items at `at` (clamped to 0 .. count); returns `at`. n <= 0 inserts
+    /// nothing.
     int Insert(int at, int n, const T* items) {
         if (at < 0) at = 0;
         if (at > count_) at = count_;
+        if (n <= 0) return at;
         int old = count_;
         SetCount(count_ + n);
         std::memmove(static_cast<void*>(items_ + at + n), items_ + at, sizeof(T) * (old - at));

@@ -45,7 +45,8 @@ RefResult ReferenceMaker::ReplaceReference(int which, RefTargetHandle newTarget,
     if (which < 0 || which >= NumRefs()) return REF_FAIL;
     RefTargetHandle old = GetReference(which);
     if (old == newTarget) return REF_SUCCEED;
-    if (theHold.Holding()) theHold.Put(new RefChangeRestore(this, which, old, newTarget));
+    if (theHold.Holding())
+        theHold.Put(new RefChangeRestore(this, which, old, newTarget, deleteOld));
     if (newTarget) newTarget->addDependent(this);
     if (old) old->removeDependent(this);
     SetReference(which, newTarget);
@@ -165,8 +166,8 @@ void ReferenceTarget::BaseClone(ReferenceTarget* from, ReferenceTarget* to, Rema
 // RefChangeRestore
 
 RefChangeRestore::RefChangeRestore(ReferenceMaker* maker, int which, RefTargetHandle before,
-                                   RefTargetHandle after)
-    : maker_(maker), which_(which), before_(before), after_(after) {
+                                   RefTargetHandle after, BOOL deleteOld)
+    : maker_(maker), which_(which), before_(before), after_(after), deleteOld_(deleteOld) {
     if (before_) before_->HoldPin();
     if (after_) after_->HoldPin();
 }
@@ -184,15 +185,25 @@ RefChangeRestore::~RefChangeRestore() {
 void RefChangeRestore::install(RefTargetHandle from, RefTargetHandle to) {
     if (!maker_ || which_ >= maker_->NumRefs()) return;
     RefTargetHandle cur = maker_->GetReference(which_);
+    const bool mayDelete = (from == after_) || deleteOld_;
     if (cur == to) {
         if (to && !to->hasDependent(maker_)) to->addDependent(maker_);
-        if (from && from != to) from->removeDependent(maker_);
+        if (from && from != to) release(from, mayDelete);
         return;
     }
     if (cur != from) return;
     if (to) to->addDependent(maker_);
-    if (from) from->removeDependent(maker_);
     maker_->SetReference(which_, to);
+    if (from) release(from, mayDelete);
+}
+
+// A target that loses its last reference here must go once no record needs it any more,
+// as it would have after the original change: this record pins it, so MaybeAutoDelete
+// only marks it orphaned and the last unpin deletes it. Without the mark, a target made
+// by an undone step (or dropped again by a redo) would outlive every record and leak.
+void RefChangeRestore::release(RefTargetHandle from, bool mayDelete) {
+    from->removeDependent(maker_);
+    if (mayDelete) from->MaybeAutoDelete();
 }
 
 void RefChangeRestore::Restore(int) { install(after_, before_); }

@@ -14,14 +14,19 @@ struct Step {
     std::vector<RestoreObj*> records;
 };
 
+// Deleting a record may release the last pin of a target whose last reference is gone;
+// the target's destructor then walks every list of the hold (ForgetMaker). So records
+// leave their list before any of them is deleted, or that walk would meet freed records.
 void deleteRecords(std::vector<RestoreObj*>& recs) {
-    for (RestoreObj* r : recs) delete r;
-    recs.clear();
+    std::vector<RestoreObj*> doomed;
+    doomed.swap(recs);
+    for (RestoreObj* r : doomed) delete r;
 }
 
 void deleteSteps(std::vector<Step>& steps) {
-    for (Step& s : steps) deleteRecords(s.records);
-    steps.clear();
+    std::vector<Step> doomed;
+    doomed.swap(steps);
+    for (Step& s : doomed) deleteRecords(s.records);
 }
 
 }  // namespace

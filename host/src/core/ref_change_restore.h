@@ -6,8 +6,10 @@
 
 class RefChangeRestore : public RestoreObj {
 public:
+    /// `deleteOld` is ReplaceReference's: whether `before` may be deleted once nothing
+    /// references it (redo drops it again the same way).
     RefChangeRestore(ReferenceMaker* maker, int which, RefTargetHandle before,
-                     RefTargetHandle after);
+                     RefTargetHandle after, BOOL deleteOld = TRUE);
     ~RefChangeRestore() override;
 
     void Restore(int isUndo) override;
@@ -21,9 +23,11 @@ public:
 
 private:
     void install(RefTargetHandle from, RefTargetHandle to);
+    void release(RefTargetHandle from, bool mayDelete);
 
     ReferenceMaker* maker_;   // the maker whose reference changed; null once it is gone
     int which_;               // reference index
     RefTargetHandle before_;  // pinned: target before the change (may be null)
     RefTargetHandle after_;   // pinned: target after the change (may be null)
+    BOOL deleteOld_;          // `before_` is deleted when redo leaves it unreferenced
 };
