@@ -12,6 +12,8 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
+// HIMAGELIST, for the client callback that supplies curve button images.
+#include <commctrl.h>
 #else
 #include <cstdint>
 
