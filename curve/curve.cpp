@@ -14,24 +14,13 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace {
-float* allocLookupTable(int size) {
-    // size + 1 entries; a negative size (which evaluation tolerates) still gets one entry.
-    long n = long(size) + 1;
-    if (n < 1) n = 1;
-    return static_cast<float*>(std::calloc(std::size_t(n), sizeof(float)));
-}
-}  // namespace
-
-Curve::Curve(CurveControl* owner, int tag) : owner_(owner), tag_(tag) {
-    lookupTable_ = allocLookupTable(lookupSize_);
-}
+// The lookup table and the segment cache live in the evaluation cache (curve_eval.cpp),
+// which allocates them when first needed and frees them with the curve.
+Curve::Curve(CurveControl* owner, int tag) : owner_(owner), tag_(tag) {}
 
 Curve::~Curve() {
     DeleteAllRefsFromMe();
     freeTables();
-    std::free(lookupTable_);
-    lookupTable_ = nullptr;
     InvalidateCache();
 }
 
@@ -44,6 +33,7 @@ void Curve::freeTables() {
 }
 
 void Curve::Resize(int n) {
+    auto tableLock = LockPointTable();  // a rebuild on another thread must not see this
     DeleteAllRefsFromMe();
     freeTables();
     InvalidateCache();
@@ -65,6 +55,7 @@ void Curve::Resize(int n) {
 }
 
 void Curve::Copy(const Curve& src) {
+    auto tableLock = LockPointTable();  // a rebuild on another thread must not see this
     InvalidateCache();
     Resize(src.count_);
     if (points_ && src.points_) std::memcpy(points_, src.points_, sizeof(CurveKnot) * count_);
@@ -84,16 +75,13 @@ void Curve::Copy(const Curve& src) {
     disabledPenWidth_ = src.disabledPenWidth_;
     penStyle_ = src.penStyle_;
     disabledPenStyle_ = src.disabledPenStyle_;
-    if (lookupSize_ != src.lookupSize_ || !lookupTable_) {
-        lookupSize_ = src.lookupSize_;
-        std::free(lookupTable_);
-        lookupTable_ = allocLookupTable(lookupSize_);
-    }
-    lookupValid_ = 0;
+    lookupSize_ = src.lookupSize_;
+    resetLookupMemory();  // a fresh table, not valid
     fittedWidth_ = src.fittedWidth_;
     curveFlags_ = src.curveFlags_;
     owner_ = src.owner_;
     animatable_ = src.animatable_;
+    InvalidateCache();  // whatever was evaluated while the copy was half done goes
 }
 
 // ---------------------------------------------------------------------------------------
@@ -267,11 +255,10 @@ int Curve::GetEndBehaviour() { return (curveFlags_ & 0x4) ? 1 : 0; }
 
 void Curve::SetLookupSize(int n) {
     if (n == lookupSize_) return;
+    auto tableLock = LockPointTable();
     lookupSize_ = n;
-    std::free(lookupTable_);
-    lookupTable_ = allocLookupTable(n);
+    resetLookupMemory();  // a fresh table, not valid until the next build
     InvalidateCache();
-    lookupValid_ = 0;
 }
 
 // ---------------------------------------------------------------------------------------

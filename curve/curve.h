@@ -15,6 +15,7 @@
 //   curve_draw_win32.cpp  drawing and hit testing (window layer)
 #pragma once
 
+#include "curve/curve_eval_cache.h"
 #include "curvectl/icurve.h"
 #include "host/bitarray.h"
 #include "host/geom.h"
@@ -22,6 +23,7 @@
 #include "host/tab.h"
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 
 class CurveControl;
@@ -97,30 +99,71 @@ public:
     /// @name Evaluation (curve_eval.cpp)
     /// Safe to call from any thread. Positions are those of the per-time cache: from the
     /// point controllers at t, end points pinned to the x range, points pushed into order.
+    /// Every query brings the cache up to date for t first (EnsureCache).
+    ///
+    /// A curve without an owner evaluates as if its owner had the x range (0, 1), the
+    /// y range (0, 1) and the flag word 0, so temporaries and loaded curves never crash.
+    ///
+    /// Threads. Evaluation may run on any number of threads while the UI thread edits.
+    /// The cache is a chain of immutable states published through an atomic pointer
+    /// (curve_eval_cache.h): readers take no lock, and a replaced state is freed only when
+    /// no reader can still hold it. The point table (points, controllers, count, curve
+    /// flags) belongs to the UI thread; evaluation threads read it only while rebuilding,
+    /// and a rebuild holds the lock of LockPointTable(). Hence the rule for every change of
+    /// the point table or of a point controller's value: make it on the UI thread while
+    /// holding LockPointTable(), and invalidate the cache inside the same lock (before or
+    /// after the change). The UI thread reads the table without the lock. The settings that
+    /// evaluation reads unlocked (end behaviour, the owner's ranges and flags) are single
+    /// words changed only by the UI thread; an evaluation running at that moment sees the
+    /// old or the new value.
+    ///
+    /// ValueAt (declared with the ICurve operations) answers y at x at time t and narrows
+    /// `valid` to the times the answer holds. With `useLookup` it interpolates the lookup
+    /// table (built on first use after each rebuild). Outside the owner's x range the end
+    /// segments are continued (end behaviour 0) or the end value is held (1). A lookup size
+    /// below 1 leaves no interval to interpolate in: such a curve answers with the exact
+    /// value, and so does an x whose table index falls outside the table (a not-a-number x,
+    /// a zero-width range).
     /// @{
-    /// Solves segment i (point i to point (i + 1) mod count) for x: mode 1 gives the
-    /// Bezier parameter, any other mode y.
+    /// Solves segment i (point i to point (i + 1) mod count) for x by 20 halvings of the
+    /// Bezier parameter: mode 1 gives the parameter, any other mode y. 0 for a curve
+    /// without points or an index outside 0 .. count - 1.
     float SegmentValue(TimeValue t, int i, float x, int mode);
-    /// The point of segment i at parameter u.
+    /// The point of segment i at parameter u: with v = 1 - u, each coordinate is
+    /// ((P0 v + 3u P1) v + 3u^2 P2) v + u^3 P3 (P0, P3 the positions of point i and
+    /// point (i + 1) mod count, P1 the out-handle of i, P2 the in-handle of the other).
+    /// (0, 0) for an index out of range.
     Point2 SegmentPoint(TimeValue t, int i, float u);
     /// Resolved position of point i at t; (0, 0) for an index out of range.
     Point2 CachedPosition(TimeValue t, int i);
-    /// Resolved absolute handles of point i (i must be valid).
+    /// Resolved absolute handles of point i; (0, 0) for an index out of range.
     Point2 CachedInHandle(TimeValue t, int i);
     Point2 CachedOutHandle(TimeValue t, int i);
-    /// Move limits of point i from the cache: right, left, up and down room.
+    /// Move limits of point i from the cache: right, left, up and down room (all 0 for an
+    /// index out of range). Only interior points are limited; end points get +-1e8.
     void CachedRoom(TimeValue t, int i, float& right, float& left, float& up, float& down);
-    /// Brings the cache up to date for t.
+    /// Brings the cache up to date for t (rebuilding it at most once per validity).
     void EnsureCache(TimeValue t);
     /// The times around t for which the cache (and so every value) stays the same.
     Interval CacheValidity(TimeValue t);
-    /// Lowest and highest y of the curve at t (points and the segments between them);
-    /// 0 and 0 for a curve without points.
+    /// Lowest and highest y of the curve at t, over the points' positions and, per segment
+    /// 0 .. count - 2, the ten pieces the editor draws it with (u = 0.1, 0.2 .. 1.0).
+    /// Not-a-number values are skipped; 0 and 0 for a curve without points.
     void GetValueBounds(TimeValue t, float& lo, float& hi);
     /// Drops the cache: the next evaluation rebuilds it. Every change of points calls it.
     void InvalidateCache();
-    /// How many evaluations were counted (summed over threads).
+    /// Rebuilds the cache for t now and makes it current; `valid` becomes the times for
+    /// which it holds. EnsureCache calls it when the cache does not hold t.
+    void Initialize(TimeValue t, Interval& valid);
+    /// Fills the lookup table of the cache for t, when that cache has none yet.
+    void BuildLookup(TimeValue t);
+    /// Evaluations counted: one per cache test, one more per rebuild, one per segment
+    /// solve (each lookup-table entry counts as one), summed over threads.
     long LookupCount() const;
+    /// The lock under which the UI thread changes the point table (see Threads above).
+    [[nodiscard]] std::unique_lock<std::recursive_mutex> LockPointTable() const {
+        return std::unique_lock<std::recursive_mutex>(evalCache_.Lock());
+    }
     /// @}
 
     /// @name Point editing (curve_edit.cpp)
@@ -218,15 +261,18 @@ private:
     int disabledPenStyle_ = 0;
 
     // --- Evaluation cache (curve_eval.cpp) -----------------------------------------------
-    Interval cacheValidity_;                 // times for which the segment cache holds
-    std::mutex cacheLock_;                   // guards rebuilding the cache
-    std::atomic<long> lookupCounter_{0};     // evaluations counted
-    float* segmentCache_ = nullptr;          // owned: ten floats per point
-    float lookupStep_ = 0.0f;                // x spacing of the lookup table
-    float lookupIndexScale_ = 0.0f;          // turns x - x low into a table index
-    int lookupSize_ = 1000;                  // intervals of the lookup table
-    int lookupValid_ = 0;                    // the table is filled
-    float* lookupTable_ = nullptr;           // owned: lookupSize_ + 1 floats
+    /// Builds a cache state for t from the point table; caller holds the cache lock.
+    std::unique_ptr<curve_eval::CacheState> buildCacheState(TimeValue t);
+    /// The state for t, rebuilt when needed; counts one cache test (and one rebuild).
+    const curve_eval::CacheState* acquireState(curve_eval::EvalCache::Reader& r, TimeValue t);
+    /// The lookup table of `s`, built when it has none; counts the entries solved.
+    const curve_eval::LookupTable* acquireLookup(curve_eval::EvalCache::Reader& r,
+                                                 const curve_eval::CacheState& s);
+    /// Forgets the values the lookup table held (a new size, a copy); under the lock.
+    void resetLookupMemory();
+
+    curve_eval::EvalCache evalCache_;  // published states, reader slots, the cache lock
+    int lookupSize_ = 1000;            // intervals of the lookup table
 
     // --- Editing state --------------------------------------------------------------------
     int notifySuspended_ = 0;                    // non-zero: controller changes are quiet

@@ -1,0 +1,578 @@
+// Curve evaluation: the per-time cache of resolved points, the Bezier segment solve, the
+// continuation outside the x range and the lookup table.
+//
+// [SECTION] Index
+//   Geometry ............ the Bezier formula and the 20-halving solve (pure functions)
+//   Move limits ......... the right/left/up/down room of one record
+//   Rebuild ............. buildCacheState, Initialize, InvalidateCache
+//   Cache access ........ acquireState (the double-checked test), EnsureCache, CacheValidity
+//   Lookup table ........ acquireLookup, BuildLookup
+//   Queries ............. ValueAt, SegmentValue, SegmentPoint, the cached-point queries,
+//                         GetValueBounds, LookupCount
+//
+// Every result is the one the straightforward algorithm gives, bit for bit (the tests
+// compare against such a reference); the differences are only in how it gets there:
+//   - a rebuild recomputes the move limits of the neighbours of a moved record only,
+//     which are the only limits a move can change (linear instead of quadratic time);
+//   - when the cached positions are in x order, the segment holding x is found by binary
+//     search, and a lookup build walks the segments forward; both find the first segment
+//     a linear search would find. Points out of order use the linear search;
+//   - the bisection computes y once, at its last parameter, not at every step;
+//   - the cache is an immutable state per rebuild (curve_eval_cache.h), so the lookup
+//     table belongs to the state it was built from.
+#include "control/curve_control.h"
+#include "curve/curve.h"
+#include "host/controller.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+using curve_eval::CachedKnot;
+using curve_eval::CacheState;
+using curve_eval::EvalCache;
+using curve_eval::LookupTable;
+
+namespace {
+
+// ---------------------------------------------------------------------------------------
+// [SECTION] Geometry
+
+/// Start value of every move limit; end points keep it.
+constexpr float kRoomStart = 100000000.0f;
+/// Halvings of the Bezier parameter; the result after the last one is taken as it is.
+constexpr int kHalvings = 20;
+/// A handle that reaches less than this towards the outside does not give the end
+/// direction. Compared in double precision with a single-precision difference.
+constexpr double kHandleReach = 0.0001;
+
+/// One coordinate of a cubic Bezier at u, with v = 1 - u:
+///   ((P0 v + 3u P1) v + 3u^2 P2) v + u^3 P3.
+/// The order of operations is part of the result: keep it.
+inline float bezier(float p0, float p1, float p2, float p3, float u) {
+    const float v = 1.0f - u;
+    return ((p0 * v + 3.0f * u * p1) * v + 3.0f * u * u * p2) * v + u * u * u * p3;
+}
+
+/// The control points of segment i: point i to point (i + 1) mod count.
+struct Segment {
+    float x0, x1, x2, x3;
+    float y0, y1, y2, y3;
+};
+
+inline Segment segmentOf(const CacheState& s, int i) {
+    const int j = (i + 1) % s.count;
+    const CachedKnot& a = s.knots[i];
+    const CachedKnot& b = s.knots[j];
+    return Segment{a.px, a.outX, b.inX, b.px, a.py, a.outY, b.inY, b.py};
+}
+
+inline float segmentX(const Segment& g, float u) { return bezier(g.x0, g.x1, g.x2, g.x3, u); }
+inline float segmentY(const Segment& g, float u) { return bezier(g.y0, g.y1, g.y2, g.y3, u); }
+
+/// Solves the segment for x: mode 1 answers the parameter, any other mode y there.
+/// Both ends are tested first; then at most 20 halvings, stopping early only on an exact
+/// hit. The halving keeps the side of x at the low bound whether x rises or falls with u.
+float solveSegment(const Segment& g, float x, int mode) {
+    const float x0 = segmentX(g, 0.0f);
+    if (x0 == x)
+        return mode == 1 ? 0.0f : segmentY(g, 0.0f);
+    const float x1 = segmentX(g, 1.0f);
+    if (x1 == x)
+        return mode == 1 ? 1.0f : segmentY(g, 1.0f);
+    const bool rising = !(x0 > x1);
+    float lo = 0.0f, hi = 1.0f, u = 0.0f;
+    for (int n = 0; n < kHalvings; ++n) {
+        u = (lo + hi) * 0.5f;
+        const float xu = segmentX(g, u);
+        if (xu == x)
+            break;
+        if ((xu >= x) == rising)
+            hi = u;
+        else
+            lo = u;
+    }
+    return mode == 1 ? u : segmentY(g, u);
+}
+
+/// The first segment i (0 .. count - 2) with x_i <= x <= x_(i+1), or -1.
+int findSegment(const CacheState& s, float x) {
+    const CachedKnot* k = s.knots.get();
+    const int n = s.count;
+    if (!s.ordered) {
+        for (int i = 0; i + 1 < n; ++i)
+            if (k[i].px <= x && x <= k[i + 1].px)
+                return i;
+        return -1;
+    }
+    // Positions in order: the first match is the first i whose right end reaches x,
+    // provided its left end does not lie beyond x.
+    int lo = 1, hi = n; // search positions 1 .. n - 1 for the first px >= x
+    while (lo < hi) {
+        const int mid = lo + (hi - lo) / 2;
+        if (k[mid].px < x)
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+    if (lo >= n)
+        return -1;
+    const int i = lo - 1;
+    return k[i].px <= x ? i : -1;
+}
+
+// ---------------------------------------------------------------------------------------
+// [SECTION] Move limits
+
+/// `room` becomes `v` when `v` is larger (a not-a-number candidate never wins).
+inline void raiseTo(float& room, float v) {
+    if (v > room)
+        room = v;
+}
+/// `room` becomes `v` when `v` is smaller.
+inline void lowerTo(float& room, float v) {
+    if (v < room)
+        room = v;
+}
+
+/// The move limits of record i among n: only interior records are limited, by the
+/// neighbours' positions and facing handles in x and by the y range in y.
+void computeRoom(CachedKnot* k, int n, int i, float ylo, float yhi) {
+    CachedKnot& r = k[i];
+    r.right = kRoomStart;
+    r.left = -kRoomStart;
+    r.up = kRoomStart;
+    r.down = -kRoomStart;
+    if (i <= 0 || i >= n - 1)
+        return;
+    const CachedKnot& p = k[i - 1];
+    const CachedKnot& nx = k[i + 1];
+    raiseTo(r.left, p.outX - r.px);
+    raiseTo(r.left, p.px - r.inX);
+    lowerTo(r.right, nx.inX - r.px);
+    lowerTo(r.right, nx.px - r.outX);
+    lowerTo(r.up, yhi - r.py);
+    lowerTo(r.up, yhi - r.inY);
+    lowerTo(r.up, yhi - r.outY);
+    raiseTo(r.down, ylo - r.py);
+    raiseTo(r.down, ylo - r.inY);
+    raiseTo(r.down, ylo - r.outY);
+}
+
+/// After record i moved, the limits of i and its two neighbours are the only ones that
+/// changed: recomputing them equals recomputing all of them.
+void recomputeAround(CachedKnot* k, int n, int i, float ylo, float yhi) {
+    for (int j = std::max(0, i - 1); j <= std::min(n - 1, i + 1); ++j)
+        computeRoom(k, n, j, ylo, yhi);
+}
+
+inline void shiftX(CachedKnot& r, float d) {
+    r.px += d;
+    r.inX += d;
+    r.outX += d;
+}
+
+/// Puts the position's y at `y` and moves both handles by the same amount.
+inline void placeY(CachedKnot& r, float y) {
+    const float d = y - r.py;
+    r.py = y;
+    r.inY += d;
+    r.outY += d;
+}
+
+inline bool isPureCorner(uint32_t flags) {
+    return (flags & (KNOT_CORNER | KNOT_BEZIER)) == KNOT_CORNER;
+}
+
+/// The owner's ranges and flag word; a curve without owner uses (0, 1), (0, 1) and 0.
+struct OwnerSettings {
+    Point2 x{0.0f, 1.0f};
+    Point2 y{0.0f, 1.0f};
+    DWORD flags = 0;
+};
+
+OwnerSettings readOwner(CurveControl* owner) {
+    OwnerSettings o;
+    if (owner) {
+        o.x = owner->GetXRange();
+        o.y = owner->GetYRange();
+        o.flags = owner->GetControlFlags();
+    }
+    return o;
+}
+
+/// The x range on the evaluation path. The qualified call reads the control's range
+/// without a virtual dispatch per value (CurveControl has no subclasses).
+inline Point2 ownerXRange(CurveControl* owner) {
+    return owner ? owner->CurveControl::GetXRange() : Point2(0.0f, 1.0f);
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------
+// [SECTION] Rebuild
+
+std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
+    std::unique_ptr<CacheState> s(new (std::nothrow) CacheState);
+    if (!s)
+        return nullptr;
+    Interval valid = FOREVER;
+    // A failed allocation of the point table left the count set and the table null:
+    // there are no points to see.
+    const int n = points_ ? count_ : 0;
+    s->count = n;
+    s->lookupSize = lookupSize_;
+    if (n > 0) {
+        s->knots.reset(new (std::nothrow) CachedKnot[std::size_t(n)]);
+        if (!s->knots)
+            return nullptr;
+    }
+    CachedKnot* k = s->knots.get();
+
+    for (int i = 0; i < n; ++i) {
+        const CurveKnot& src = points_[i];
+        Point2 pos = src.pos;
+        if (auto* ctrl = dynamic_cast<Control*>(Controller(i))) {
+            Point3 v;
+            ctrl->GetValue(t, &v, valid, CTRL_ABSOLUTE);
+            pos = Point2(v.x, v.y);
+        }
+        k[i].px = pos.x;
+        k[i].py = pos.y;
+        k[i].inX = pos.x + src.inTan.x;
+        k[i].inY = pos.y + src.inTan.y;
+        k[i].outX = pos.x + src.outTan.x;
+        k[i].outY = pos.y + src.outTan.y;
+    }
+
+    const OwnerSettings o = readOwner(owner_);
+    // End points sit on the range ends; their handles keep the x they had.
+    if (!IsCyclic() && n >= 1) {
+        if (!(points_[0].flags & KNOT_FREE_END_X))
+            k[0].px = o.x.x;
+        if (!(points_[n - 1].flags & KNOT_FREE_END_X))
+            k[n - 1].px = o.x.y;
+    }
+
+    const float ylo = o.y.x, yhi = o.y.y;
+    const bool constrainY = (o.flags & CC_CONSTRAIN_Y) != 0;
+    for (int i = 0; i < n; ++i)
+        computeRoom(k, n, i, ylo, yhi);
+
+    // Forward: a point left of what its neighbours allow moves right; with the y range
+    // enforced, a point below it moves up.
+    for (int i = 0; i < n; ++i) {
+        bool moved = false;
+        if (k[i].left > 0.0f) {
+            shiftX(k[i], k[i].left);
+            moved = true;
+        }
+        if (constrainY && k[i].py < ylo) {
+            placeY(k[i], ylo);
+            moved = true;
+        }
+        if (moved)
+            recomputeAround(k, n, i, ylo, yhi);
+    }
+    // Backward: the same to the left and down.
+    for (int i = n - 1; i >= 0; --i) {
+        bool moved = false;
+        if (k[i].right < 0.0f) {
+            shiftX(k[i], k[i].right);
+            moved = true;
+        }
+        if (constrainY && k[i].py > yhi) {
+            placeY(k[i], yhi);
+            moved = true;
+        }
+        if (moved)
+            recomputeAround(k, n, i, ylo, yhi);
+    }
+
+    bool ordered = true;
+    for (int i = 0; i + 1 < n && ordered; ++i)
+        ordered = k[i].px <= k[i + 1].px;
+    s->ordered = ordered;
+    if (n > 0) {
+        s->firstPureCorner = isPureCorner(points_[0].flags);
+        s->lastPureCorner = isPureCorner(points_[n - 1].flags);
+    }
+    s->validity = valid;
+    return s;
+}
+
+void Curve::Initialize(TimeValue t, Interval& valid) {
+    std::lock_guard<std::recursive_mutex> g(evalCache_.Lock());
+    std::unique_ptr<CacheState> s = buildCacheState(t);
+    valid = s ? s->validity : NEVER;
+    evalCache_.Publish(std::move(s));
+}
+
+void Curve::InvalidateCache() {
+    std::lock_guard<std::recursive_mutex> g(evalCache_.Lock());
+    evalCache_.Publish(nullptr);
+}
+
+void Curve::resetLookupMemory() {
+    std::lock_guard<std::recursive_mutex> g(evalCache_.Lock());
+    evalCache_.SetTableMemory(nullptr);
+}
+
+// ---------------------------------------------------------------------------------------
+// [SECTION] Cache access
+
+// The double-checked test: the unlocked test of the current state, then, under the lock,
+// the test again and the rebuild. Counts one test, and one more after a rebuild.
+const CacheState* Curve::acquireState(EvalCache::Reader& r, TimeValue t) {
+    r.Count(1);
+    const CacheState* s = r.Current();
+    if (s && s->validity.InInterval(t))
+        return s;
+
+    std::lock_guard<std::recursive_mutex> g(evalCache_.Lock());
+    s = evalCache_.CurrentLocked();
+    if (!(s && s->validity.InInterval(t))) {
+        std::unique_ptr<CacheState> next = buildCacheState(t);
+        if (!next)
+            return nullptr; // out of memory: answer as a curve without points
+        s = next.get();
+        evalCache_.Publish(std::move(next));
+        r.Count(1);
+    }
+    r.Adopt(s);
+    return s;
+}
+
+void Curve::EnsureCache(TimeValue t) {
+    EvalCache::Reader r(evalCache_);
+    acquireState(r, t);
+}
+
+Interval Curve::CacheValidity(TimeValue t) {
+    EvalCache::Reader r(evalCache_);
+    const CacheState* s = acquireState(r, t);
+    return s ? s->validity : NEVER;
+}
+
+// ---------------------------------------------------------------------------------------
+// [SECTION] Lookup table
+
+// Entries the build does not reach (x outside every segment) keep the value the table
+// held before, as a table reused from build to build would; a new size or a copy starts
+// from zeros (resetLookupMemory).
+const LookupTable* Curve::acquireLookup(EvalCache::Reader& r, const CacheState& s) {
+    if (const LookupTable* lt = s.lookup.load(std::memory_order_acquire))
+        return lt;
+    if (s.lookupSize < 1)
+        return nullptr;
+
+    std::lock_guard<std::recursive_mutex> g(evalCache_.Lock());
+    if (const LookupTable* lt = s.lookup.load(std::memory_order_relaxed))
+        return lt;
+
+    const int size = s.lookupSize;
+    std::shared_ptr<LookupTable> table;
+    try {
+        table = std::make_shared<LookupTable>();
+        table->values.reset(new float[std::size_t(size) + 1]);
+    } catch (const std::bad_alloc&) {
+        return nullptr; // no table: values come from the exact solve
+    }
+    float* v = table->values.get();
+    const std::shared_ptr<const LookupTable>& memory = evalCache_.TableMemory();
+    if (memory && memory->size == size)
+        std::copy(memory->values.get(), memory->values.get() + size + 1, v);
+    else
+        std::fill(v, v + size + 1, 0.0f);
+
+    const Point2 xr = readOwner(owner_).x;
+    table->size = size;
+    table->step = (xr.y - xr.x) / float(size);
+    table->indexScale = float(size - 1) / (xr.y - xr.x);
+
+    // x advances by repeated addition, as the table's x positions are defined.
+    const CachedKnot* k = s.knots.get();
+    const int n = s.count;
+    const float step = table->step;
+    float x = xr.x;
+    long solved = 0;
+    if (s.ordered && step >= 0.0f) {
+        // x never decreases, so the first segment holding it never moves back.
+        int i = 0;
+        for (int e = 0; e <= size; ++e, x += step) {
+            while (i + 1 < n && k[i + 1].px < x)
+                ++i;
+            if (i + 1 < n && k[i].px <= x) {
+                v[e] = solveSegment(segmentOf(s, i), x, 0);
+                ++solved;
+            }
+        }
+    } else {
+        for (int e = 0; e <= size; ++e, x += step) {
+            for (int i = 0; i + 1 < n; ++i) {
+                if (k[i].px <= x && !(x > k[i + 1].px)) {
+                    v[e] = solveSegment(segmentOf(s, i), x, 0);
+                    ++solved;
+                    break;
+                }
+            }
+        }
+    }
+    r.Count(solved); // each entry is one segment solve, and each solve tests the cache
+
+    s.lookupOwner = table;
+    s.lookup.store(table.get(), std::memory_order_release);
+    evalCache_.SetTableMemory(std::move(table));
+    return s.lookup.load(std::memory_order_relaxed);
+}
+
+void Curve::BuildLookup(TimeValue t) {
+    EvalCache::Reader r(evalCache_);
+    if (const CacheState* s = acquireState(r, t))
+        acquireLookup(r, *s);
+}
+
+// ---------------------------------------------------------------------------------------
+// [SECTION] Queries
+
+float Curve::ValueAt(TimeValue t, float x, Interval& valid, BOOL useLookup) {
+    EvalCache::Reader r(evalCache_);
+    const CacheState* s = acquireState(r, t);
+    if (!s)
+        return 0.0f;
+    valid &= s->validity;
+    const int n = s->count;
+    if (n == 0)
+        return 0.0f;
+    const CachedKnot* k = s->knots.get();
+    if (n == 1) {
+        r.Count(1); // the description tests the cache once more here
+        return k[0].py;
+    }
+
+    const Point2 xr = ownerXRange(owner_);
+    const bool holdEnds = (curveFlags_ & 0x4) != 0; // end behaviour 1
+    if (x > xr.y) {
+        // Continue through the last point along its in-handle, or along the last segment's
+        // chord when it is a pure corner or its handle does not reach left.
+        const CachedKnot& a = k[n - 1];
+        float bx = a.inX, by = a.inY;
+        if (s->lastPureCorner || double(a.px - bx) <= kHandleReach) {
+            bx = k[n - 2].px;
+            by = k[n - 2].py;
+        }
+        if (holdEnds)
+            return a.py;
+        return (a.py - by) / (a.px - bx) * (x - bx) + by;
+    }
+    if (x < xr.x) {
+        const CachedKnot& a = k[0];
+        float bx = a.outX, by = a.outY;
+        if (s->firstPureCorner || double(bx - a.px) <= kHandleReach) {
+            bx = k[1].px;
+            by = k[1].py;
+        }
+        if (holdEnds)
+            return a.py;
+        return (by - a.py) / (bx - a.px) * (x - a.px) + a.py;
+    }
+
+    if (useLookup) {
+        if (const LookupTable* lt = acquireLookup(r, *s)) {
+            // The index comes from x - x low with the scale of size - 1, the fraction from
+            // x itself with the step of size: both are the table's defined behaviour.
+            const float f = (x - xr.x) * lt->indexScale;
+            if (f > -1.0f && f < float(lt->size)) {
+                const int e = int(f);
+                const float* v = lt->values.get();
+                return v[e] + (v[e + 1] - v[e]) * (x - float(e) * lt->step) / lt->step;
+            }
+        }
+    }
+
+    r.Count(1); // the segment solve tests the cache
+    const int i = findSegment(*s, x);
+    if (i < 0)
+        return 0.0f; // points out of order leave x in no segment
+    return solveSegment(segmentOf(*s, i), x, 0);
+}
+
+float Curve::SegmentValue(TimeValue t, int i, float x, int mode) {
+    EvalCache::Reader r(evalCache_);
+    const CacheState* s = acquireState(r, t);
+    if (!s || i < 0 || i >= s->count)
+        return 0.0f;
+    return solveSegment(segmentOf(*s, i), x, mode);
+}
+
+Point2 Curve::SegmentPoint(TimeValue t, int i, float u) {
+    EvalCache::Reader r(evalCache_);
+    const CacheState* s = acquireState(r, t);
+    if (!s || i < 0 || i >= s->count)
+        return Point2(0.0f, 0.0f);
+    const Segment g = segmentOf(*s, i);
+    return Point2(segmentX(g, u), segmentY(g, u));
+}
+
+namespace {
+/// Record i of the state, or null when there is none.
+inline const CachedKnot* recordAt(const CacheState* s, int i) {
+    return (s && i >= 0 && i < s->count) ? &s->knots[i] : nullptr;
+}
+} // namespace
+
+Point2 Curve::CachedPosition(TimeValue t, int i) {
+    EvalCache::Reader r(evalCache_);
+    const CachedKnot* k = recordAt(acquireState(r, t), i);
+    return k ? Point2(k->px, k->py) : Point2(0.0f, 0.0f);
+}
+
+Point2 Curve::CachedInHandle(TimeValue t, int i) {
+    EvalCache::Reader r(evalCache_);
+    const CachedKnot* k = recordAt(acquireState(r, t), i);
+    return k ? Point2(k->inX, k->inY) : Point2(0.0f, 0.0f);
+}
+
+Point2 Curve::CachedOutHandle(TimeValue t, int i) {
+    EvalCache::Reader r(evalCache_);
+    const CachedKnot* k = recordAt(acquireState(r, t), i);
+    return k ? Point2(k->outX, k->outY) : Point2(0.0f, 0.0f);
+}
+
+void Curve::CachedRoom(TimeValue t, int i, float& right, float& left, float& up, float& down) {
+    EvalCache::Reader r(evalCache_);
+    const CachedKnot* k = recordAt(acquireState(r, t), i);
+    right = k ? k->right : 0.0f;
+    left = k ? k->left : 0.0f;
+    up = k ? k->up : 0.0f;
+    down = k ? k->down : 0.0f;
+}
+
+void Curve::GetValueBounds(TimeValue t, float& lo, float& hi) {
+    EvalCache::Reader r(evalCache_);
+    const CacheState* s = acquireState(r, t);
+    float low = std::numeric_limits<float>::infinity();
+    float high = -low;
+    auto take = [&](float y) {
+        if (y < low)
+            low = y;
+        if (y > high)
+            high = y;
+    };
+    const int n = s ? s->count : 0;
+    for (int i = 0; i < n; ++i)
+        take(s->knots[i].py);
+    // The ten pieces the editor draws each segment with; the closing segment of a cyclic
+    // curve is not drawn, so it does not count either.
+    for (int i = 0; i + 1 < n; ++i) {
+        const Segment g = segmentOf(*s, i);
+        for (int piece = 1; piece <= 10; ++piece)
+            take(segmentY(g, float(piece) * 0.1f));
+    }
+    if (low > high)
+        low = high = 0.0f; // no points, or no value that is a number
+    lo = low;
+    hi = high;
+}
+
+long Curve::LookupCount() const { return evalCache_.Count(); }

@@ -1,0 +1,191 @@
+// Reader slots, publication and retirement of a curve's cache states (curve_eval_cache.h).
+//
+// Protocol (hazard pointers that stay set between calls):
+//   reader:  p = state (acquire); when p differs from its hazard:
+//              repeat { hazard = p (seq_cst); q = state (seq_cst); if q == p done; p = q }
+//   writer:  under the lock: state = next (seq_cst); retire the old state; free each
+//            retired state that no hazard names (hazards loaded seq_cst).
+// Either the writer sees a reader's hazard, or that reader sees the new state and
+// re-protects; a state named by a hazard is never freed, so a reader whose hazard already
+// equals the current state reads it without any fence.
+#include "curve/curve_eval_cache.h"
+
+#include <algorithm>
+#include <new>
+
+namespace curve_eval {
+
+// ---------------------------------------------------------------------------------------
+// Thread slot numbers
+//
+// Each evaluating thread owns one slot number for its lifetime; every curve keeps one
+// ReaderSlot per number it has met. Numbers go back to the pool when their thread ends:
+// a later thread then inherits the slot's count (which keeps counting) and its hazard
+// (which it overwrites on its first read of each curve).
+
+namespace {
+
+constexpr int kNoSlot = -1;
+constexpr int kUnassigned = -2;
+
+std::mutex& slotPoolLock() {
+    static std::mutex m;
+    return m;
+}
+
+bool* slotPoolUsed() {
+    static bool used[EvalCache::kMaxReaderSlots] = {};
+    return used;
+}
+
+int takeSlotNumber() {
+    std::lock_guard<std::mutex> g(slotPoolLock());
+    bool* used = slotPoolUsed();
+    for (int i = 0; i < EvalCache::kMaxReaderSlots; ++i) {
+        if (!used[i]) {
+            used[i] = true;
+            return i;
+        }
+    }
+    return kNoSlot;
+}
+
+void returnSlotNumber(int n) {
+    std::lock_guard<std::mutex> g(slotPoolLock());
+    slotPoolUsed()[n] = false;
+}
+
+// The common path reads only this trivially constructed int, which compiles to a plain
+// thread-pointer-relative load; the object with a destructor is touched once per thread.
+thread_local int tSlot = kUnassigned;
+
+struct SlotLease {
+    int number = kNoSlot;
+    ~SlotLease() {
+        if (number >= 0)
+            returnSlotNumber(number);
+        // Evaluations from destructors that run after this one use the lock.
+        tSlot = kNoSlot;
+    }
+};
+
+int assignSlot() {
+    thread_local SlotLease lease;
+    if (lease.number == kNoSlot)
+        lease.number = takeSlotNumber();
+    tSlot = lease.number;
+    return tSlot;
+}
+
+inline int currentSlot() {
+    const int s = tSlot;
+    return s != kUnassigned ? s : assignSlot();
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------
+// EvalCache
+
+EvalCache::~EvalCache() {
+    // No reader may run any more: the curve is going away.
+    delete state_.load(std::memory_order_relaxed);
+    retired_.clear();
+    for (auto& c : chunks_)
+        delete[] c.load(std::memory_order_relaxed);
+}
+
+ReaderSlot* EvalCache::slotAt(int index) {
+    std::atomic<ReaderSlot*>& chunkRef = chunks_[index / kSlotsPerChunk];
+    ReaderSlot* chunk = chunkRef.load(std::memory_order_acquire);
+    if (!chunk) {
+        auto* fresh = new (std::nothrow) ReaderSlot[kSlotsPerChunk];
+        if (!fresh)
+            return nullptr;
+        if (chunkRef.compare_exchange_strong(chunk, fresh, std::memory_order_acq_rel,
+                                             std::memory_order_acquire)) {
+            chunk = fresh;
+        } else {
+            delete[] fresh; // another thread installed the chunk first; `chunk` holds it
+        }
+    }
+    return &chunk[index % kSlotsPerChunk];
+}
+
+void EvalCache::Publish(std::unique_ptr<CacheState> next) {
+    const CacheState* old = state_.exchange(next.release(), std::memory_order_seq_cst);
+    if (old)
+        retired_.emplace_back(old);
+    reclaim();
+}
+
+void EvalCache::reclaim() {
+    if (retired_.empty())
+        return;
+    const CacheState* held[kMaxReaderSlots];
+    int n = 0;
+    for (auto& c : chunks_) {
+        ReaderSlot* chunk = c.load(std::memory_order_acquire);
+        if (!chunk)
+            continue;
+        for (int i = 0; i < kSlotsPerChunk; ++i)
+            if (const CacheState* h = chunk[i].hazard.load(std::memory_order_seq_cst))
+                held[n++] = h;
+    }
+    auto stillHeld = [&](const std::unique_ptr<const CacheState>& s) {
+        return std::find(held, held + n, s.get()) != held + n;
+    };
+    retired_.erase(
+        std::remove_if(retired_.begin(), retired_.end(),
+                       [&](const std::unique_ptr<const CacheState>& s) { return !stillHeld(s); }),
+        retired_.end());
+}
+
+long EvalCache::Count() const {
+    long sum = lockedCount_.load(std::memory_order_relaxed);
+    for (auto& c : chunks_) {
+        ReaderSlot* chunk = c.load(std::memory_order_acquire);
+        if (!chunk)
+            continue;
+        for (int i = 0; i < kSlotsPerChunk; ++i)
+            sum += chunk[i].count.load(std::memory_order_relaxed);
+    }
+    return sum;
+}
+
+// ---------------------------------------------------------------------------------------
+// EvalCache::Reader
+
+EvalCache::Reader::Reader(EvalCache& cache) : cache_(cache), slot_(nullptr) {
+    const int n = currentSlot();
+    if (n >= 0)
+        slot_ = cache_.slotAt(n);
+    // More threads than slots (or no memory for one): evaluate under the lock, where no
+    // state can be retired.
+    if (!slot_)
+        cache_.lock_.lock();
+}
+
+EvalCache::Reader::~Reader() {
+    if (!slot_)
+        cache_.lock_.unlock();
+}
+
+const CacheState* EvalCache::Reader::protect(const CacheState* p) {
+    for (;;) {
+        slot_->hazard.store(p, std::memory_order_seq_cst);
+        const CacheState* q = cache_.state_.load(std::memory_order_seq_cst);
+        if (q == p)
+            return p;
+        p = q;
+    }
+}
+
+void EvalCache::Reader::Adopt(const CacheState* s) {
+    // The caller holds the lock, so `s` cannot be retired before the hazard is visible to
+    // the next reclaim (which takes the lock after us).
+    if (slot_)
+        slot_->hazard.store(s, std::memory_order_seq_cst);
+}
+
+} // namespace curve_eval

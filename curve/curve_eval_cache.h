@@ -1,0 +1,153 @@
+// The machinery behind a curve's evaluation cache: immutable cache states published
+// through one atomic pointer, per-thread reader slots (a hazard pointer and an evaluation
+// counter each), and the retirement of replaced states once no reader can hold them.
+//
+// Why not the literal double-checked lock: it frees the segment cache while another thread
+// may still be reading it, and lets readers see a lookup table that another thread is
+// filling. Here a state is never changed after it is published (its lookup table is
+// published once, whole), and a replaced state is freed only when no reader's hazard
+// pointer names it.
+//
+// Cost on the common path: one thread-local read, two plain loads and a compare (the
+// reader's hazard pointer stays set between calls, so a reader that finds the same state
+// as last time needs no fence), and an unshared counter store. Only a reader that meets a
+// new state pays for one sequentially consistent store.
+//
+// Rules:
+//   - Publish, Reclaim and the table memory run under Lock() only.
+//   - A reader without a slot (more threads evaluating at once than kMaxReaderSlots)
+//     holds Lock() for the whole evaluation instead; states cannot be retired meanwhile.
+//   - Retired states wait in a list of at most one entry per reader slot (plus the one
+//     just replaced), so memory stays bounded however often the curve is edited.
+#pragma once
+
+#include "host/interval.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace curve_eval {
+
+/// One resolved point: the ten floats of a segment-cache record, in their order.
+struct CachedKnot {
+    float px, py;      // position at the cached time, after pinning and ordering
+    float inX, inY;    // absolute in-handle
+    float outX, outY;  // absolute out-handle
+    float right, left; // x move limits: how far right / left the point may go
+    float up, down;    // y move limits
+};
+static_assert(sizeof(CachedKnot) == 40, "a cache record is ten floats");
+
+/// A filled lookup table with the spacing it was built with.
+struct LookupTable {
+    float step = 0.0f;       // (x high - x low) / size
+    float indexScale = 0.0f; // (size - 1) / (x high - x low)
+    int size = 0;            // intervals; `values` holds size + 1 entries
+    std::unique_ptr<float[]> values;
+};
+
+/// Everything evaluation reads, resolved for the times of `validity`. Immutable once
+/// published, except that the lookup table is attached once, under the cache lock.
+struct CacheState {
+    Interval validity;            // times for which this state holds
+    int count = 0;                // number of records
+    int lookupSize = 0;           // the curve's lookup size when this state was built
+    bool ordered = false;         // record x positions never decrease: binary search is exact
+    bool firstPureCorner = false; // point 0 is KNOT_CORNER without KNOT_BEZIER
+    bool lastPureCorner = false;  // the last point is
+    std::unique_ptr<CachedKnot[]> knots; // count records
+
+    /// The lookup table, null until first needed; set once under the cache lock.
+    mutable std::atomic<const LookupTable*> lookup{nullptr};
+    /// Owns `lookup` (shared with the curve's table memory).
+    mutable std::shared_ptr<const LookupTable> lookupOwner;
+};
+
+/// The per-thread part of a curve's cache. A slot belongs to one thread at a time; only
+/// that thread writes it (the writer thread reads the hazard, LookupCount reads the count).
+struct alignas(64) ReaderSlot {
+    std::atomic<long> count{0};                     // evaluations counted by this thread
+    std::atomic<const CacheState*> hazard{nullptr}; // the state this thread may be reading
+};
+
+class EvalCache {
+public:
+    static constexpr int kSlotsPerChunk = 8;
+    static constexpr int kSlotChunks = 16;
+    static constexpr int kMaxReaderSlots = kSlotsPerChunk * kSlotChunks;
+
+    EvalCache() = default;
+    ~EvalCache();
+    EvalCache(const EvalCache&) = delete;
+    EvalCache& operator=(const EvalCache&) = delete;
+
+    /// Guards rebuilding, publication, retirement, the table memory and (see curve.h) the
+    /// point table. Recursive: an editor holding it may invalidate or evaluate.
+    std::recursive_mutex& Lock() const { return lock_; }
+
+    /// Makes `next` (null: no state, the cache is empty) the current state and retires the
+    /// previous one. Caller holds Lock().
+    void Publish(std::unique_ptr<CacheState> next);
+    /// The current state, for a caller that holds Lock().
+    const CacheState* CurrentLocked() const { return state_.load(std::memory_order_relaxed); }
+
+    /// The values the lookup table held last (entries a build does not reach keep them).
+    /// Caller holds Lock().
+    const std::shared_ptr<const LookupTable>& TableMemory() const { return tableMemory_; }
+    void SetTableMemory(std::shared_ptr<const LookupTable> t) { tableMemory_ = std::move(t); }
+
+    /// Evaluations counted so far, summed over all threads.
+    long Count() const;
+
+    class Reader;
+
+private:
+    ReaderSlot* slotAt(int index);
+    void reclaim();
+
+    mutable std::recursive_mutex lock_;
+    std::atomic<const CacheState*> state_{nullptr};          // owned; the current state or null
+    std::vector<std::unique_ptr<const CacheState>> retired_; // replaced, maybe still read
+    std::shared_ptr<const LookupTable> tableMemory_;         // last built table, or null
+    std::atomic<ReaderSlot*> chunks_[kSlotChunks] = {};      // owned arrays of kSlotsPerChunk
+    std::atomic<long> lockedCount_{0}; // evaluations of readers without a slot
+};
+
+/// One evaluation's access to the cache. Construct it on the evaluating thread, keep it for
+/// the duration of the evaluation, never share it.
+class EvalCache::Reader {
+public:
+    explicit Reader(EvalCache& cache);
+    ~Reader();
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    /// The current state (null when empty), safe to read until this reader meets another
+    /// state or is destroyed.
+    const CacheState* Current() {
+        const CacheState* p = cache_.state_.load(std::memory_order_acquire);
+        if (slot_ && p != slot_->hazard.load(std::memory_order_relaxed))
+            p = protect(p);
+        return p;
+    }
+    /// After a rebuild under Lock(): makes `s` (the state just published) this reader's.
+    void Adopt(const CacheState* s);
+    /// Adds n to the evaluation counter.
+    void Count(long n) {
+        if (slot_)
+            slot_->count.store(slot_->count.load(std::memory_order_relaxed) + n,
+                               std::memory_order_relaxed);
+        else
+            cache_.lockedCount_.fetch_add(n, std::memory_order_relaxed);
+    }
+
+private:
+    const CacheState* protect(const CacheState* p);
+
+    EvalCache& cache_;
+    ReaderSlot* slot_; // this thread's slot; null when it has none and holds the lock
+};
+
+} // namespace curve_eval
