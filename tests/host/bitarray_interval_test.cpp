@@ -13,7 +13,7 @@
 // BitArray
 
 TEST_CASE("BitArray: set, clear and count") {
-    BitArray b(40);  // spans two words
+    BitArray b(40); // spans two words
     CHECK(b.GetSize() == 40);
     CHECK(b.NumberSet() == 0);
     CHECK(b.IsEmpty());
@@ -35,7 +35,7 @@ TEST_CASE("BitArray: set, clear and count") {
     CHECK(b[0] == 0);
 
     b.SetAll();
-    CHECK(b.NumberSet() == 40);  // only the 40 bits, not the whole second word
+    CHECK(b.NumberSet() == 40); // only the 40 bits, not the whole second word
     b.ClearAll();
     CHECK(b.NumberSet() == 0);
     CHECK(b.GetSize() == 40);
@@ -141,7 +141,8 @@ public:
     IOResult Write(const void* buf, ULONG n, ULONG* written) override {
         const auto* p = static_cast<const unsigned char*>(buf);
         bytes.insert(bytes.end(), p, p + n);
-        if (written) *written = n;
+        if (written)
+            *written = n;
         return IO_OK;
     }
     IOResult WriteCString(const char* s) override {
@@ -160,12 +161,14 @@ public:
     IOResult CloseChunk() override { return IO_OK; }
     IOResult Read(void* buf, ULONG n, ULONG* read) override {
         if (pos + n > bytes.size()) {
-            if (read) *read = 0;
+            if (read)
+                *read = 0;
             return IO_ERROR;
         }
         std::memcpy(buf, bytes.data() + pos, n);
         pos += n;
-        if (read) *read = n;
+        if (read)
+            *read = n;
         return IO_OK;
     }
     IOResult ReadCStringChunk(char**) override { return IO_ERROR; }
@@ -177,7 +180,7 @@ public:
     std::size_t pos = 0;
 };
 
-}  // namespace
+} // namespace
 
 TEST_CASE("BitArray: saved as the bit count and then whole words") {
     BitArray b(40);
@@ -215,7 +218,7 @@ TEST_CASE("BitArray: damaged saved data fails without changing the array") {
     }
     SUBCASE("count larger than the words that follow") {
         std::vector<unsigned char> bytes(8);
-        int32_t n = 64;  // needs two words, only one follows
+        int32_t n = 64; // needs two words, only one follows
         std::memcpy(bytes.data(), &n, 4);
         MemoryLoad in(bytes);
         CHECK(keep.Load(&in) != IO_OK);
@@ -310,8 +313,8 @@ TEST_CASE("Interval: closed containment") {
 
 TEST_CASE("Interval: intersection") {
     CHECK((Interval(0, 10) & Interval(5, 20)) == Interval(5, 10));
-    CHECK((Interval(0, 10) & Interval(10, 20)) == Interval(10, 10));  // touching ends
-    CHECK((Interval(0, 10) & Interval(11, 20)).Empty());               // disjoint
+    CHECK((Interval(0, 10) & Interval(10, 20)) == Interval(10, 10)); // touching ends
+    CHECK((Interval(0, 10) & Interval(11, 20)).Empty());             // disjoint
     CHECK((Interval(0, 10) & NEVER).Empty());
     CHECK((NEVER & Interval(0, 10)).Empty());
     CHECK((Interval(FOREVER) & Interval(3, 4)) == Interval(3, 4));

@@ -19,7 +19,7 @@ TEST_CASE("CStr: an empty string is never a null pointer") {
     CHECK(s.Length() == 0);
     CHECK(s.isNull());
     CHECK(s == "");
-    CHECK(s == nullptr);  // null compares as the empty text
+    CHECK(s == nullptr); // null compares as the empty text
 
     CStr fromNull(nullptr);
     CHECK(fromNull.Length() == 0);
@@ -50,11 +50,11 @@ TEST_CASE("CStr: copies are deep and moves leave the source empty") {
     d = a;
     CHECK(d == "Curve Control");
     const CStr& same = d;
-    d = same;  // self-assignment keeps the text
+    d = same; // self-assignment keeps the text
     CHECK(d == "Curve Control");
-    d = d.data();  // assigning its own buffer too
+    d = d.data(); // assigning its own buffer too
     CHECK(d == "Curve Control");
-    d = d.data() + 6;  // and a tail of it
+    d = d.data() + 6; // and a tail of it
     CHECK(d == "Control");
 
     d = static_cast<const char*>(nullptr);
@@ -70,14 +70,14 @@ TEST_CASE("CStr: append, printf and comparison") {
     s += "";
     s += nullptr;
     CHECK(s == "Point 7");
-    s += s.data();  // appending itself reads before it frees
+    s += s.data(); // appending itself reads before it frees
     CHECK(s == "Point 7Point 7");
 
     CStr f;
     f.printf("Curve %d", 12);
     CHECK(f == "Curve 12");
     CHECK(f.Length() == 8);
-    f.printf("%s and %s", f.data(), "more");  // its own text as an argument
+    f.printf("%s and %s", f.data(), "more"); // its own text as an argument
     CHECK(f == "Curve 12 and more");
     f.printf("%s", "");
     CHECK(f.Length() == 0);
@@ -97,10 +97,11 @@ TEST_CASE("Tab: SetCount zero-fills new items and keeps old ones") {
     CHECK(t.Count() == 0);
     t.SetCount(3);
     CHECK(t.Count() == 3);
-    for (int i = 0; i < 3; ++i) CHECK(t[i] == 0);
+    for (int i = 0; i < 3; ++i)
+        CHECK(t[i] == 0);
     t[0] = 10;
     t[2] = 12;
-    t.SetCount(100);  // grows past the first capacity
+    t.SetCount(100); // grows past the first capacity
     CHECK(t[0] == 10);
     CHECK(t[2] == 12);
     CHECK(t[99] == 0);
@@ -122,10 +123,11 @@ TEST_CASE("Tab: Append, Insert and Delete") {
     CHECK(t.Count() == 4);
 
     const int xy[] = {8, 9};
-    CHECK(t.Insert(1, 2, xy) == 1);  // 1 8 9 2 3 4
+    CHECK(t.Insert(1, 2, xy) == 1); // 1 8 9 2 3 4
     REQUIRE(t.Count() == 6);
     const int expected[] = {1, 8, 9, 2, 3, 4};
-    for (int i = 0; i < 6; ++i) CHECK(t[i] == expected[i]);
+    for (int i = 0; i < 6; ++i)
+        CHECK(t[i] == expected[i]);
 
     // Out-of-range insert positions are clamped to the ends.
     const int first = 0, last = 5;
@@ -134,11 +136,11 @@ TEST_CASE("Tab: Append, Insert and Delete") {
     CHECK(t[0] == 0);
     CHECK(t[7] == 5);
 
-    CHECK(t.Delete(1, 1) == 7);  // 0 8 9 2 3 4 5
+    CHECK(t.Delete(1, 1) == 7); // 0 8 9 2 3 4 5
     CHECK(t[1] == 8);
-    CHECK(t.Delete(5, 10) == 5);  // n clamped to the end: 0 8 9 2 3
+    CHECK(t.Delete(5, 10) == 5); // n clamped to the end: 0 8 9 2 3
     CHECK(t[4] == 3);
-    CHECK(t.Delete(-1, 1) == 5);  // out of range: nothing
+    CHECK(t.Delete(-1, 1) == 5); // out of range: nothing
     CHECK(t.Delete(5, 1) == 5);
     CHECK(t.Delete(0, 0) == 5);
 
@@ -179,7 +181,7 @@ TEST_CASE("Tab: copies are deep; Resize(0), ZeroCount and Shrink") {
     CHECK(c.Count() == 0);
     a.Resize(0);
     CHECK(a.Count() == 0);
-    a.Append(1, v);  // usable again after its storage was freed
+    a.Append(1, v); // usable again after its storage was freed
     CHECK(a[0] == 1.5);
 }
 
@@ -194,7 +196,8 @@ TEST_CASE("Tab holds pointers, as the control's tables do") {
     delete texts[4];
     texts.Delete(4, 1);
     CHECK(*texts[4] == "text 5");
-    for (int i = 0; i < texts.Count(); ++i) delete texts[i];
+    for (int i = 0; i < texts.Count(); ++i)
+        delete texts[i];
     texts.Resize(0);
 }
 
@@ -205,10 +208,10 @@ namespace {
 struct HeapObject : VokHeapOperators {
     int payload[8] = {};
 };
-}  // namespace
+} // namespace
 
 TEST_CASE("Host heap: raw allocation and reallocation") {
-    void* zero = HostAlloc(0);  // a zero-size request still gives a distinct block
+    void* zero = HostAlloc(0); // a zero-size request still gives a distinct block
     CHECK(zero != nullptr);
     HostFree(zero);
     HostFree(nullptr);
@@ -218,7 +221,7 @@ TEST_CASE("Host heap: raw allocation and reallocation") {
     std::memcpy(p, "abc", 4);
     p = static_cast<char*>(HostRealloc(p, 1000));
     REQUIRE(p != nullptr);
-    CHECK(std::strcmp(p, "abc") == 0);  // reallocation keeps the contents
+    CHECK(std::strcmp(p, "abc") == 0); // reallocation keeps the contents
     HostFree(p);
 
     auto* q = static_cast<int*>(TabRealloc(nullptr, sizeof(int), 3));

@@ -21,7 +21,8 @@ struct ControllerFixture {
     static void reset() {
         AnimateOff();
         // Unbalanced suspensions of a failed test must not leak into the next one.
-        for (int i = 0; i < 16; ++i) ResumeAnimate();
+        for (int i = 0; i < 16; ++i)
+            ResumeAnimate();
         hosttest::ResetHold();
     }
 };
@@ -30,7 +31,8 @@ Point3 valueAt(Control* c, TimeValue t, Interval* validOut = nullptr) {
     Interval valid = FOREVER;
     Point3 v;
     c->GetValue(t, &v, valid, CTRL_ABSOLUTE);
-    if (validOut) *validOut = valid;
+    if (validOut)
+        *validOut = valid;
     return v;
 }
 
@@ -49,7 +51,7 @@ struct OwnedController {
     Control* ctrl;
 };
 
-}  // namespace
+} // namespace
 
 TEST_CASE_FIXTURE(ControllerFixture, "Animating follows animate mode and nested suspension") {
     CHECK(Animating() == FALSE);
@@ -59,10 +61,10 @@ TEST_CASE_FIXTURE(ControllerFixture, "Animating follows animate mode and nested 
     CHECK(Animating() == FALSE);
     SuspendAnimate();
     ResumeAnimate();
-    CHECK(Animating() == FALSE);  // one suspension still open
+    CHECK(Animating() == FALSE); // one suspension still open
     ResumeAnimate();
     CHECK(Animating() == TRUE);
-    ResumeAnimate();  // an extra resume does not underflow
+    ResumeAnimate(); // an extra resume does not underflow
     SuspendAnimate();
     CHECK(Animating() == FALSE);
     ResumeAnimate();
@@ -81,7 +83,7 @@ TEST_CASE_FIXTURE(ControllerFixture, "A Point3 controller without keys holds one
     CHECK(valid == FOREVER);
 
     setValue(c, 50, Point3(1.0f, 2.0f, 3.0f));
-    CHECK(c->NumKeys() == 0);  // outside animate mode no key is made
+    CHECK(c->NumKeys() == 0); // outside animate mode no key is made
     CHECK(valueAt(c, -1000) == Point3(1.0f, 2.0f, 3.0f));
     CHECK(valueAt(c, 1000, &valid) == Point3(1.0f, 2.0f, 3.0f));
     CHECK(valid == FOREVER);
@@ -109,15 +111,16 @@ TEST_CASE_FIXTURE(ControllerFixture, "Animate mode creates keys and sets existin
     CHECK(c->GetKeyTime(0) == 0);
     CHECK(c->GetKeyTime(1) == 100);
     CHECK(c->GetKeyTime(2) == 200);
-    CHECK(c->GetKeyTime(3) == 0);  // out of range
+    CHECK(c->GetKeyTime(3) == 0); // out of range
     CHECK(c->GetKeyTime(-1) == 0);
 
-    setValue(c, 100, Point3(15.0f, 0.0f, 0.0f));  // the key at 100 is set, not added
+    setValue(c, 100, Point3(15.0f, 0.0f, 0.0f)); // the key at 100 is set, not added
     CHECK(c->NumKeys() == 3);
     CHECK(valueAt(c, 100) == Point3(15.0f, 0.0f, 0.0f));
 }
 
-TEST_CASE_FIXTURE(ControllerFixture, "Keyed values are linear between keys and narrow the validity") {
+TEST_CASE_FIXTURE(ControllerFixture,
+                  "Keyed values are linear between keys and narrow the validity") {
     OwnedController o;
     Control* c = o.ctrl;
     AnimateOn();
@@ -127,15 +130,15 @@ TEST_CASE_FIXTURE(ControllerFixture, "Keyed values are linear between keys and n
 
     Interval valid;
     CHECK(valueAt(c, 50, &valid) == Point3(5.0f, 10.0f, 0.0f));
-    CHECK(valid == Interval(50, 50));  // changes at every tick between keys
+    CHECK(valid == Interval(50, 50)); // changes at every tick between keys
 
     CHECK(valueAt(c, -30, &valid) == Point3(0.0f, 0.0f, 0.0f));
-    CHECK(valid == Interval(TIME_NegInfinity, 0));  // constant up to the first key
+    CHECK(valid == Interval(TIME_NegInfinity, 0)); // constant up to the first key
     CHECK(valueAt(c, 0, &valid) == Point3(0.0f, 0.0f, 0.0f));
     CHECK(valid == Interval(TIME_NegInfinity, 0));
 
     CHECK(valueAt(c, 500, &valid) == Point3(10.0f, 20.0f, 0.0f));
-    CHECK(valid == Interval(100, TIME_PosInfinity));  // constant after the last key
+    CHECK(valid == Interval(100, TIME_PosInfinity)); // constant after the last key
 
     // The validity given in is narrowed, never widened.
     Interval narrow(-10, -5);
@@ -157,7 +160,8 @@ TEST_CASE_FIXTURE(ControllerFixture, "A single key holds its value at every time
     CHECK(valueAt(o.ctrl, 100) == Point3(1.0f, 1.0f, 0.0f));
 }
 
-TEST_CASE_FIXTURE(ControllerFixture, "Outside animate mode a set at a key time edits that key only") {
+TEST_CASE_FIXTURE(ControllerFixture,
+                  "Outside animate mode a set at a key time edits that key only") {
     OwnedController o;
     Control* c = o.ctrl;
     AnimateOn();
@@ -168,7 +172,7 @@ TEST_CASE_FIXTURE(ControllerFixture, "Outside animate mode a set at a key time e
     setValue(c, 100, Point3(30.0f, 10.0f, 0.0f));
     CHECK(c->NumKeys() == 2);
     CHECK(valueAt(c, 100) == Point3(30.0f, 10.0f, 0.0f));
-    CHECK(valueAt(c, 0) == Point3(0.0f, 0.0f, 0.0f));  // the other key is untouched
+    CHECK(valueAt(c, 0) == Point3(0.0f, 0.0f, 0.0f)); // the other key is untouched
 }
 
 TEST_CASE_FIXTURE(ControllerFixture, "Outside animate mode a set between keys shifts every key") {
@@ -202,8 +206,8 @@ TEST_CASE_FIXTURE(ControllerFixture, "A set is undone and redone as one record")
     setValue(c, 0, Point3(1.0f, 0.0f, 0.0f));
 
     theHold.Begin();
-    setValue(c, 0, Point3(2.0f, 0.0f, 0.0f));   // edits the key
-    setValue(c, 80, Point3(5.0f, 0.0f, 0.0f));  // adds one
+    setValue(c, 0, Point3(2.0f, 0.0f, 0.0f));  // edits the key
+    setValue(c, 80, Point3(5.0f, 0.0f, 0.0f)); // adds one
     theHold.Accept("keys");
     AnimateOff();
     CHECK(c->NumKeys() == 2);
@@ -212,7 +216,7 @@ TEST_CASE_FIXTURE(ControllerFixture, "A set is undone and redone as one record")
     REQUIRE(theHold.Undo());
     CHECK(c->NumKeys() == 1);
     CHECK(valueAt(c, 0) == Point3(1.0f, 0.0f, 0.0f));
-    CHECK_FALSE(o.holder.notices.empty());  // undo tells the dependents too
+    CHECK_FALSE(o.holder.notices.empty()); // undo tells the dependents too
 
     REQUIRE(theHold.Redo());
     CHECK(c->NumKeys() == 2);
@@ -249,13 +253,14 @@ TEST_CASE_FIXTURE(ControllerFixture, "A cloned controller has its own keys") {
 namespace {
 struct TimeRecorder : TimeChangeCallback {
     std::vector<TimeValue> times;
-    Interface* unregisterFrom = nullptr;  // unregisters itself on the first call
+    Interface* unregisterFrom = nullptr; // unregisters itself on the first call
     void TimeChanged(TimeValue t) override {
         times.push_back(t);
-        if (unregisterFrom) unregisterFrom->UnRegisterTimeChangeCallback(this);
+        if (unregisterFrom)
+            unregisterFrom->UnRegisterTimeChangeCallback(this);
     }
 };
-}  // namespace
+} // namespace
 
 TEST_CASE("GetCOREInterface: one interface, its time and the time-change callbacks") {
     Interface* ip = GetCOREInterface();
@@ -266,7 +271,7 @@ TEST_CASE("GetCOREInterface: one interface, its time and the time-change callbac
 
     TimeRecorder a, b;
     ip->RegisterTimeChangeCallback(&a);
-    ip->RegisterTimeChangeCallback(&a);  // registered once only
+    ip->RegisterTimeChangeCallback(&a); // registered once only
     ip->RegisterTimeChangeCallback(&b);
     ip->RegisterTimeChangeCallback(nullptr);
     ip->SetTime(160);
@@ -274,7 +279,7 @@ TEST_CASE("GetCOREInterface: one interface, its time and the time-change callbac
     CHECK(a.times == std::vector<TimeValue>{160});
     CHECK(b.times == std::vector<TimeValue>{160});
 
-    ip->SetTime(160);  // no change, no calls
+    ip->SetTime(160); // no change, no calls
     CHECK(a.times.size() == 1);
 
     ip->UnRegisterTimeChangeCallback(&b);
@@ -326,7 +331,7 @@ private:
     SClass_ID sclass_;
     Class_ID cid_;
 };
-}  // namespace
+} // namespace
 
 TEST_CASE("ClassDirectory: AddClass, FindClass, RemoveClass") {
     ClassDirectory& dir = ClassDirectory::Get();
@@ -334,9 +339,9 @@ TEST_CASE("ClassDirectory: AddClass, FindClass, RemoveClass") {
     const int before = dir.Count();
 
     TestDesc a(REF_TARGET_CLASS_ID, Class_ID(0x100, 0x200));
-    TestDesc b(SHAPE_CLASS_ID, Class_ID(0x100, 0x200));  // same id, other super class
+    TestDesc b(SHAPE_CLASS_ID, Class_ID(0x100, 0x200)); // same id, other super class
     dir.AddClass(&a);
-    dir.AddClass(&a);  // added once only
+    dir.AddClass(&a); // added once only
     dir.AddClass(&b);
     dir.AddClass(nullptr);
     CHECK(dir.Count() == before + 2);
@@ -372,7 +377,7 @@ TEST_CASE("ClassDesc: interfaces published by name; defaults of the optional slo
     CHECK(d.GetInterface("first") == nullptr);
     d.AddInterface("first", &first);
     d.AddInterface("second", &second);
-    d.AddInterface(nullptr, &first);  // ignored
+    d.AddInterface(nullptr, &first); // ignored
     CHECK(d.GetInterface("first") == &first);
     CHECK(d.GetInterface("second") == &second);
     CHECK(d.GetInterface("third") == nullptr);

@@ -10,7 +10,7 @@ TEST_CASE("Point2 is two packed floats with value arithmetic") {
     CHECK(zero.x == 0.0f);
     CHECK(zero.y == 0.0f);
 
-    Point2 a(1.0f, 2.0f), b(0.5, -4.0);  // the double constructor narrows to float
+    Point2 a(1.0f, 2.0f), b(0.5, -4.0); // the double constructor narrows to float
     CHECK(a + b == Point2(1.5f, -2.0f));
     CHECK(a - b == Point2(0.5f, 6.0f));
     CHECK(-a == Point2(-1.0f, -2.0f));
@@ -37,7 +37,7 @@ TEST_CASE("Point2 is two packed floats with value arithmetic") {
 }
 
 TEST_CASE("Point2 length and normalisation") {
-    CHECK(Length(Point2(3.0f, 4.0f)) == 5.0f);  // 3-4-5 triangle
+    CHECK(Length(Point2(3.0f, 4.0f)) == 5.0f); // 3-4-5 triangle
     Point2 n = Normalize(Point2(0.0f, -2.0f));
     CHECK(n == Point2(0.0f, -1.0f));
     // A zero vector has no direction: it stays zero rather than becoming NaN.
@@ -63,8 +63,8 @@ TEST_CASE("Point3 and IPoint2 arithmetic") {
 
 TEST_CASE("Box2 contains the points on its edges") {
     Box2 b(10, 20, 30, 40);
-    CHECK(b.Contains(IPoint2(10, 20)));  // top-left corner
-    CHECK(b.Contains(IPoint2(30, 40)));  // bottom-right corner
+    CHECK(b.Contains(IPoint2(10, 20))); // top-left corner
+    CHECK(b.Contains(IPoint2(30, 40))); // bottom-right corner
     CHECK(b.Contains(IPoint2(10, 40)));
     CHECK(b.Contains(IPoint2(30, 20)));
     CHECK(b.Contains(IPoint2(20, 30)));
@@ -72,7 +72,7 @@ TEST_CASE("Box2 contains the points on its edges") {
     CHECK_FALSE(b.Contains(IPoint2(31, 30)));
     CHECK_FALSE(b.Contains(IPoint2(20, 19)));
     CHECK_FALSE(b.Contains(IPoint2(20, 41)));
-    CHECK(b.w() == 21);  // edges inclusive
+    CHECK(b.w() == 21); // edges inclusive
     CHECK(b.h() == 21);
     CHECK_FALSE(b.IsEmpty());
 
@@ -116,7 +116,7 @@ void checkNear(const Point3& a, const Point3& b, float tolerance = 1e-6f) {
     CHECK(std::fabs(a.y - b.y) < tolerance);
     CHECK(std::fabs(a.z - b.z) < tolerance);
 }
-}  // namespace
+} // namespace
 
 TEST_CASE("Matrix3 starts as the identity") {
     Matrix3 m;

@@ -17,7 +17,8 @@ namespace {
 /// Counts the entries of `log` that equal `entry`.
 int count(const Log& log, const std::string& entry) {
     int n = 0;
-    for (const std::string& e : log) n += (e == entry);
+    for (const std::string& e : log)
+        n += (e == entry);
     return n;
 }
 
@@ -29,13 +30,13 @@ struct FreshHold {
     Log log;
 };
 
-}  // namespace
+} // namespace
 
 TEST_CASE_FIXTURE(FreshHold, "Put outside a hold deletes the record at once") {
     CHECK_FALSE(theHold.Holding());
     theHold.Put(new LoggedRecord(&log, "a"));
     CHECK(log == Log{"~a"});
-    theHold.Put(nullptr);  // ignored
+    theHold.Put(nullptr); // ignored
     CHECK(theHold.NumUndo() == 0);
 }
 
@@ -80,8 +81,8 @@ TEST_CASE_FIXTURE(FreshHold, "Nested Begin: only the outermost Accept ends the s
     theHold.Begin();
     theHold.Put(new LoggedRecord(&log, "inner"));
     theHold.Accept("inner step");
-    CHECK(theHold.Holding());  // the outer hold is still open
-    CHECK(log.empty());        // no EndHold yet
+    CHECK(theHold.Holding()); // the outer hold is still open
+    CHECK(log.empty());       // no EndHold yet
     CHECK(theHold.NumUndo() == 0);
     theHold.Accept("outer step");
     CHECK(log == Log{"Eouter", "Einner"});
@@ -93,7 +94,8 @@ TEST_CASE_FIXTURE(FreshHold, "Nested Begin: only the outermost Accept ends the s
     CHECK(log == Log{"Rinner:1", "Router:1"});
 }
 
-TEST_CASE_FIXTURE(FreshHold, "Cancel rolls back last to first, ends the hold and deletes the records") {
+TEST_CASE_FIXTURE(FreshHold,
+                  "Cancel rolls back last to first, ends the hold and deletes the records") {
     theHold.Begin();
     theHold.Put(new LoggedRecord(&log, "a"));
     theHold.Put(new LoggedRecord(&log, "b"));
@@ -117,9 +119,9 @@ TEST_CASE_FIXTURE(FreshHold, "Restore before each drag step rolls back and keeps
     theHold.SuperBegin();
     theHold.Begin();
     theHold.Put(new LoggedRecord(&log, "step1"));
-    theHold.Restore();  // the next drag step starts from the press state
+    theHold.Restore(); // the next drag step starts from the press state
     CHECK(log == Log{"Rstep1:0"});
-    CHECK(theHold.Holding());  // still open after the restore
+    CHECK(theHold.Holding()); // still open after the restore
     CHECK(theHold.Restoring() == 0);
     theHold.Put(new LoggedRecord(&log, "step2"));
     theHold.Restore();
@@ -130,7 +132,7 @@ TEST_CASE_FIXTURE(FreshHold, "Restore before each drag step rolls back and keeps
     CHECK(theHold.UndoName(0) == "Move Points");
     CHECK(count(log, "Estep1") == 1);
     CHECK(count(log, "Estep2") == 1);
-    CHECK(count(log, "~step1") == 0);  // kept by the undo step
+    CHECK(count(log, "~step1") == 0); // kept by the undo step
 }
 
 namespace {
@@ -148,7 +150,7 @@ public:
     int holdingSeen = -1;
     int restoringSeen = -1;
 };
-}  // namespace
+} // namespace
 
 TEST_CASE_FIXTURE(FreshHold, "Records put while the hold restores are dropped") {
     theHold.Begin();
@@ -170,7 +172,7 @@ TEST_CASE_FIXTURE(FreshHold, "A super hold makes one step of the steps accepted 
         theHold.Begin();
         theHold.Put(new LoggedRecord(&log, name));
         theHold.Accept(name);
-        CHECK(theHold.NumUndo() == 0);  // held back until the super hold ends
+        CHECK(theHold.NumUndo() == 0); // held back until the super hold ends
     }
     theHold.SuperAccept("drag");
     CHECK(theHold.NumUndo() == 1);
@@ -194,7 +196,7 @@ TEST_CASE_FIXTURE(FreshHold, "Nested super holds end with the outermost") {
     theHold.SuperAccept("outer");
     CHECK(theHold.NumUndo() == 1);
     CHECK(theHold.UndoName(0) == "outer");
-    theHold.SuperAccept("none open");  // harmless
+    theHold.SuperAccept("none open"); // harmless
     CHECK(theHold.NumUndo() == 1);
 }
 
@@ -227,13 +229,13 @@ TEST_CASE_FIXTURE(FreshHold, "Suspend and Resume nest; records put while suspend
     CHECK(theHold.IsSuspended());
     theHold.Suspend();
     theHold.Resume();
-    CHECK_FALSE(theHold.Holding());  // one Suspend still open
+    CHECK_FALSE(theHold.Holding()); // one Suspend still open
     theHold.Put(new LoggedRecord(&log, "dropped"));
     CHECK(log == Log{"~dropped"});
     theHold.Resume();
     CHECK(theHold.Holding());
     CHECK_FALSE(theHold.IsSuspended());
-    theHold.Resume();  // an extra Resume does not underflow
+    theHold.Resume(); // an extra Resume does not underflow
     theHold.Suspend();
     CHECK(theHold.IsSuspended());
     theHold.Resume();
@@ -267,10 +269,10 @@ TEST_CASE_FIXTURE(FreshHold, "Undo and Redo walk several named steps") {
 
     log.clear();
     REQUIRE(theHold.Redo());
-    CHECK(log == Log{"DtwoA", "DtwoB"});  // first to last
+    CHECK(log == Log{"DtwoA", "DtwoB"}); // first to last
     CHECK(theHold.UndoName(0) == "two");
     REQUIRE(theHold.Redo());
-    REQUIRE_FALSE(theHold.Redo());  // nothing left to redo
+    REQUIRE_FALSE(theHold.Redo()); // nothing left to redo
     CHECK(theHold.NumUndo() == 3);
 
     // Undo everything, then one more is refused.
@@ -335,11 +337,11 @@ TEST_CASE_FIXTURE(FreshHold, "Reference changes are recorded, undone and redone"
     hosttest::Holder maker(2);
     auto* first = new hosttest::Leaf(&deaths, 1);
     auto* second = new hosttest::Leaf(&deaths, 2);
-    maker.ReplaceReference(0, first);  // not holding: no record
+    maker.ReplaceReference(0, first); // not holding: no record
 
     theHold.Begin();
     maker.ReplaceReference(0, second);
-    maker.ReplaceReference(1, first);  // first is referenced again, from slot 1
+    maker.ReplaceReference(1, first); // first is referenced again, from slot 1
     theHold.Accept("swap");
     CHECK(deaths.deaths == 0);
 
@@ -356,7 +358,7 @@ TEST_CASE_FIXTURE(FreshHold, "Reference changes are recorded, undone and redone"
     CHECK(second->NumDependents() == 1);
 
     theHold.Reset();
-    CHECK(deaths.deaths == 0);  // both still referenced
+    CHECK(deaths.deaths == 0); // both still referenced
 }
 
 TEST_CASE_FIXTURE(FreshHold, "A reference record of a maker that is gone does nothing") {
@@ -368,7 +370,7 @@ TEST_CASE_FIXTURE(FreshHold, "A reference record of a maker that is gone does no
     maker->DeleteThis();
     // The leaf lost its maker but the record still pins it.
     CHECK(deaths.deaths == 0);
-    REQUIRE(theHold.Undo());  // must not touch the deleted maker
+    REQUIRE(theHold.Undo()); // must not touch the deleted maker
     REQUIRE(theHold.Redo());
     theHold.Reset();
     CHECK(deaths.deaths == 1);

@@ -21,7 +21,8 @@ class Leaf : public ReferenceTarget {
 public:
     explicit Leaf(DeathCounter* deaths = nullptr, int v = 0) : deaths_(deaths), value(v) {}
     ~Leaf() override {
-        if (deaths_) ++deaths_->deaths;
+        if (deaths_)
+            ++deaths_->deaths;
     }
     SClass_ID SuperClassID() override { return 0x0777; }
     RefTargetHandle Clone(RemapDir& remap) override {
@@ -30,8 +31,8 @@ public:
         return c;
     }
 
-    DeathCounter* deaths_;  // not owned; may be null
-    int value;              // copied by Clone
+    DeathCounter* deaths_; // not owned; may be null
+    int value;             // copied by Clone
 };
 
 /// One notice as a maker received it.
@@ -52,7 +53,8 @@ public:
         : refs_(slots, nullptr), sclass_(sclass), deaths_(deaths) {}
     ~Holder() override {
         DeleteAllRefsFromMe();
-        if (deaths_) ++deaths_->deaths;
+        if (deaths_)
+            ++deaths_->deaths;
     }
 
     SClass_ID SuperClassID() override { return sclass_; }
@@ -60,34 +62,37 @@ public:
     RefTargetHandle GetReference(int i) override {
         return (i >= 0 && i < NumRefs()) ? refs_[i] : nullptr;
     }
-    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget,
-                               PartID& partID, RefMessage message, BOOL propagate) override {
+    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget, PartID& partID,
+                               RefMessage message, BOOL propagate) override {
         notices.push_back(Notice{changeInt, hTarget, partID, message, propagate});
-        if (rewritePart) partID = partOut;
+        if (rewritePart)
+            partID = partOut;
         return answer;
     }
     RefTargetHandle Clone(RemapDir& remap) override {
         auto* c = new Holder(NumRefs(), sclass_, deaths_);
         for (int i = 0; i < NumRefs(); ++i)
-            if (refs_[i]) c->ReplaceReference(i, remap.CloneRef(refs_[i]));
+            if (refs_[i])
+                c->ReplaceReference(i, remap.CloneRef(refs_[i]));
         BaseClone(this, c, remap);
         return c;
     }
 
-    std::vector<Notice> notices;  // every notice received, oldest first
-    RefResult answer = REF_SUCCEED;  // what NotifyRefChanged answers
-    bool rewritePart = false;        // whether NotifyRefChanged changes the part...
-    PartID partOut = 0;              // ...to this value, for its own dependents
+    std::vector<Notice> notices;    // every notice received, oldest first
+    RefResult answer = REF_SUCCEED; // what NotifyRefChanged answers
+    bool rewritePart = false;       // whether NotifyRefChanged changes the part...
+    PartID partOut = 0;             // ...to this value, for its own dependents
 
 protected:
     void SetReference(int i, RefTargetHandle target) override {
-        if (i >= 0 && i < NumRefs()) refs_[i] = target;
+        if (i >= 0 && i < NumRefs())
+            refs_[i] = target;
     }
 
 private:
-    std::vector<RefTargetHandle> refs_;  // reference slots
+    std::vector<RefTargetHandle> refs_; // reference slots
     SClass_ID sclass_;
-    DeathCounter* deaths_;  // not owned; may be null
+    DeathCounter* deaths_; // not owned; may be null
 };
 
 /// An undo record that writes what happens to it into a shared log:
@@ -106,7 +111,7 @@ public:
     CStr Description() override { return CStr(name_.c_str()); }
 
 protected:
-    std::vector<std::string>* log_;  // not owned; outlives the record
+    std::vector<std::string>* log_; // not owned; outlives the record
 
 private:
     std::string name_;
@@ -114,10 +119,11 @@ private:
 
 /// Leaves the hold as a fresh process has it: no open hold, nothing suspended, no steps.
 inline void ResetHold() {
-    while (theHold.IsSuspended()) theHold.Resume();
+    while (theHold.IsSuspended())
+        theHold.Resume();
     theHold.End();
     theHold.SuperCancel();
     theHold.Reset();
 }
 
-}  // namespace hosttest
+} // namespace hosttest

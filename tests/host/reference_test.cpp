@@ -39,7 +39,7 @@ TEST_CASE("ReplaceReference links maker and target both ways") {
     CHECK(a->NumDependents() == 2);
     maker->DeleteReference(1);
     CHECK(a->NumDependents() == 1);
-    CHECK(deaths.deaths == 0);  // still referenced by slot 0
+    CHECK(deaths.deaths == 0); // still referenced by slot 0
 
     // Replacing a's only reference deletes it.
     maker->ReplaceReference(0, b);
@@ -48,7 +48,7 @@ TEST_CASE("ReplaceReference links maker and target both ways") {
     CHECK(b->NumDependents() == 1);
 
     maker->DeleteThis();
-    CHECK(deaths.deaths == 2);  // b went with its last maker
+    CHECK(deaths.deaths == 2); // b went with its last maker
 }
 
 TEST_CASE("ReplaceReference without deleteOld keeps the orphaned target") {
@@ -60,7 +60,7 @@ TEST_CASE("ReplaceReference without deleteOld keeps the orphaned target") {
     maker.ReplaceReference(0, nullptr, FALSE);
     CHECK(deaths.deaths == 0);
     CHECK(a->NumDependents() == 0);
-    a->MaybeAutoDelete();  // the caller disposes of it
+    a->MaybeAutoDelete(); // the caller disposes of it
     CHECK(deaths.deaths == 1);
 }
 
@@ -68,14 +68,16 @@ TEST_CASE("DeleteReference and DeleteAllRefsFromMe") {
     hosttest::ResetHold();
     DeathCounter deaths;
     Holder maker(3);
-    for (int i = 0; i < 3; ++i) maker.ReplaceReference(i, new Leaf(&deaths, i));
+    for (int i = 0; i < 3; ++i)
+        maker.ReplaceReference(i, new Leaf(&deaths, i));
     CHECK(maker.DeleteReference(1) == REF_SUCCEED);
     CHECK(maker.GetReference(1) == nullptr);
     CHECK(deaths.deaths == 1);
     CHECK(maker.DeleteReference(7) == REF_FAIL);
     maker.DeleteAllRefsFromMe();
     CHECK(deaths.deaths == 3);
-    for (int i = 0; i < 3; ++i) CHECK(maker.GetReference(i) == nullptr);
+    for (int i = 0; i < 3; ++i)
+        CHECK(maker.GetReference(i) == nullptr);
 }
 
 TEST_CASE("A shared target lives until its last maker lets go") {
@@ -185,7 +187,7 @@ TEST_CASE("NotifyDependents filters by super class unless NOTIFY_ALL") {
     CHECK(shapes.notices.size() == 2);
     CHECK(others.notices.size() == 1);
 
-    leaf->NotifyDependents(FOREVER, 0, REFMSG_CHANGE);  // the default lets everyone through
+    leaf->NotifyDependents(FOREVER, 0, REFMSG_CHANGE); // the default lets everyone through
     CHECK(others.notices.size() == 2);
     others.DeleteReference(0);
 }
@@ -253,9 +255,9 @@ TEST_CASE("A reference dropped while holding stays alive until its record goes")
 
     theHold.Begin();
     maker.DeleteReference(0);
-    CHECK(deaths.deaths == 0);  // the record pins it
+    CHECK(deaths.deaths == 0); // the record pins it
     theHold.Accept("drop");
-    CHECK(deaths.deaths == 0);  // the undo step still holds it
+    CHECK(deaths.deaths == 0); // the undo step still holds it
 
     SUBCASE("undo brings it back") {
         REQUIRE(theHold.Undo());
@@ -276,7 +278,7 @@ TEST_CASE("A reference dropped while holding stays alive until its record goes")
         maker.ReplaceReference(0, new Leaf(&deaths));
         theHold.Cancel();
         CHECK(maker.GetReference(0) == nullptr);
-        CHECK(deaths.deaths == 1);  // the new leaf went with the cancelled record
+        CHECK(deaths.deaths == 1); // the new leaf went with the cancelled record
         theHold.Reset();
         CHECK(deaths.deaths == 2);
     }
@@ -284,7 +286,7 @@ TEST_CASE("A reference dropped while holding stays alive until its record goes")
 
 TEST_CASE("A target made inside an undone step is deleted with the step") {
     hosttest::ResetHold();
-    std::vector<std::string> log;  // outlives the records
+    std::vector<std::string> log; // outlives the records
     DeathCounter deaths;
     Holder maker(1);
     theHold.Begin();
@@ -292,7 +294,7 @@ TEST_CASE("A target made inside an undone step is deleted with the step") {
     theHold.Accept("make");
     REQUIRE(theHold.Undo());
     CHECK(maker.GetReference(0) == nullptr);
-    CHECK(deaths.deaths == 0);  // redo may still need it
+    CHECK(deaths.deaths == 0); // redo may still need it
 
     // A new step clears the redo stack: nothing refers to the leaf any more.
     theHold.Begin();
@@ -316,11 +318,11 @@ TEST_CASE("RemapDir clones each target once per directory") {
     REQUIRE(copy != nullptr);
     REQUIRE(copy->GetReference(0) != nullptr);
     CHECK(copy->GetReference(0) != shared);
-    CHECK(copy->GetReference(0) == copy->GetReference(1));  // still shared, cloned once
+    CHECK(copy->GetReference(0) == copy->GetReference(1)); // still shared, cloned once
     CHECK(static_cast<Leaf*>(copy->GetReference(0))->value == 42);
     CHECK(remap.FindMapping(shared) == copy->GetReference(0));
     CHECK(remap.FindMapping(&original) == copy);
-    CHECK(remap.CloneRef(&original) == copy);  // asked again: the same clone
+    CHECK(remap.CloneRef(&original) == copy); // asked again: the same clone
     CHECK(remap.CloneRef(nullptr) == nullptr);
     remap.DeleteThis();
 
@@ -332,7 +334,7 @@ TEST_CASE("RemapDir clones each target once per directory") {
     second->MaybeAutoDelete();
 
     copy->DeleteThis();
-    CHECK(deaths.deaths == 2);  // both clones; the original is still referenced
+    CHECK(deaths.deaths == 2); // both clones; the original is still referenced
 }
 
 TEST_CASE("BaseClone records the pair unless one is already recorded") {
@@ -343,7 +345,7 @@ TEST_CASE("BaseClone records the pair unless one is already recorded") {
     CHECK(remap.FindMapping(&from) == &to);
     from.BaseClone(&from, &later, remap);
     CHECK(remap.FindMapping(&from) == &to);
-    from.BaseClone(nullptr, &later, remap);  // nothing to record
+    from.BaseClone(nullptr, &later, remap); // nothing to record
     remap.DeleteThis();
 }
 
@@ -385,14 +387,14 @@ TEST_CASE("Redo of a change made without deleteOld keeps the old target") {
     auto* kept = new Leaf(&deaths);
     maker.ReplaceReference(0, kept);
     theHold.Begin();
-    maker.ReplaceReference(0, nullptr, FALSE);  // the caller keeps `kept`
+    maker.ReplaceReference(0, nullptr, FALSE); // the caller keeps `kept`
     theHold.Accept("detach");
     REQUIRE(theHold.Undo());
     CHECK(maker.GetReference(0) == kept);
     REQUIRE(theHold.Redo());
     CHECK(maker.GetReference(0) == nullptr);
     theHold.Reset();
-    CHECK(deaths.deaths == 0);  // still the caller's
+    CHECK(deaths.deaths == 0); // still the caller's
     kept->MaybeAutoDelete();
     CHECK(deaths.deaths == 1);
 }
