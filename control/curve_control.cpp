@@ -39,7 +39,8 @@ RefTargetHandle CurveControl::GetReference(int i) {
 
 void CurveControl::SetReference(int i, RefTargetHandle target) {
     if (i < 0 || i >= curves_.Count()) return;
-    Curve* c = static_cast<Curve*>(target);
+    // Only a Curve can be one: a damaged scene file may name any object as reference i.
+    Curve* c = dynamic_cast<Curve*>(target);
     curves_[i] = c;
     if (c) c->SetOwner(this);
 }

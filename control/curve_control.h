@@ -125,6 +125,8 @@ private:
     void clearButtonTexts();
     void appendButtonText(const char* text);
     void setCurveTableSize(int n);
+    /// Reads chunk 0x042E (control_io.cpp).
+    IOResult loadCurveCount(ILoad* iload);
 
     Tab<Curve*> curves_;               // entry i is reference i
     Tab<CStr*> curveButtonTexts_;      // owned texts, one per curve

@@ -249,6 +249,11 @@ private:
     friend class CurveEvaluator;
     /// Drops every point and controller, then makes n zeroed points (end points 0x102).
     void Resize(int n);
+    /// Chunk readers of Load (curve_io.cpp).
+    IOResult loadCount(ILoad* iload);
+    IOResult loadOldPoints(ILoad* iload);
+    IOResult loadPoint(ILoad* iload, int k);
+    IOResult loadPens(ILoad* iload);
     void freeTables();
     void redrawOwnerIfOpen();
 

@@ -26,6 +26,10 @@ public:
 
 /// A new keyframed Point3 controller (linear between keys, constant outside them).
 HOST_API Control* NewDefaultPoint3Controller();
+/// Its class, built in: the class directory knows it from the start.
+#define POINT3_KEY_CONTROL_CLASS_ID Class_ID(0x118f7e02, 0xffee238a)
+class ClassDesc;
+HOST_API ClassDesc* GetPoint3ControllerClassDesc();
 
 /// Animate mode.
 HOST_API BOOL Animating();

@@ -12,9 +12,15 @@ typedef int IOResult;
 #define IO_END 1
 #define IO_ERROR 2
 
+/// What ILoad's size queries answer when the stream does not know.
+#define ILOAD_SIZE_UNKNOWN ((ULONG)0xFFFFFFFFu)
+
 class ILoad;
 
-/// Runs once the whole scene is loaded, lowest priority number first.
+/// Runs once the whole scene is loaded, lowest priority number first. The loader owns a
+/// registered callback until it calls proc; proc then deletes the callback (the host's
+/// convention: callbacks delete themselves). Callbacks of an abandoned load are deleted by
+/// the loader without being called.
 class HOST_API PostLoadCallback : public VokHeapOperators {
 public:
     virtual ~PostLoadCallback() = default;
@@ -44,7 +50,8 @@ public:
     virtual IOResult OpenChunk() = 0;
     virtual USHORT CurChunkID() = 0;
     virtual IOResult CloseChunk() = 0;
-    /// Reads exactly nbytes from the current data chunk; IO_ERROR when fewer are left.
+    /// Reads exactly nbytes from the current data chunk. When fewer are left (a short
+    /// read) nothing is copied, `*nread` (may be null) is 0 and the result is IO_ERROR.
     virtual IOResult Read(void* buf, ULONG nbytes, ULONG* nread) = 0;
     /// Reads a zero-terminated string; `*buf` points into the loader's storage, valid
     /// until the chunk is closed.
@@ -55,4 +62,12 @@ public:
     virtual void SetObsolete() = 0;
     /// Once every object exists, `*patchThis` is set to the object saved under refID.
     virtual void RecordBackpatch(int refID, void** patchThis) = 0;
+
+    /// Bytes of the current chunk not yet read (of a chunk of chunks: not yet opened); at
+    /// the top level, of the whole stream. Loaders check a count read from a file against
+    /// it before they allocate for the count. ILOAD_SIZE_UNKNOWN when the stream cannot
+    /// tell.
+    virtual ULONG ChunkBytesLeft() { return ILOAD_SIZE_UNKNOWN; }
+    /// Bytes of the whole stream after the read position, or ILOAD_SIZE_UNKNOWN.
+    virtual ULONG StreamBytesLeft() { return ILOAD_SIZE_UNKNOWN; }
 };

@@ -1,5 +1,6 @@
 #include "host/bitarray.h"
 
+#include "host/chunk_values.h"
 #include "host/heap.h"
 #include "host/iosave.h"
 
@@ -92,30 +93,31 @@ bool BitArray::operator==(const BitArray& b) const {
     return true;
 }
 
+// Saved form (see docs/scene-format.md): the bit count as a 32-bit int, then
+// (count + 31) / 32 words of 32 bits, bit i in bit (i % 32) of word i / 32, all
+// little-endian.
 int BitArray::Save(ISave* isave) const {
-    int32_t n = numBits_;
-    ULONG nw = 0;
-    IOResult r = isave->Write(&n, sizeof(n), &nw);
-    if (r != IO_OK) return r;
-    for (int w = 0; w < words(); ++w) {
-        r = isave->Write(&bits_[w], sizeof(uint32_t), &nw);
-        if (r != IO_OK) return r;
-    }
-    return IO_OK;
+    IOResult r = WriteLE32(isave, int32_t(numBits_));
+    for (int w = 0; r == IO_OK && w < words(); ++w)
+        r = WriteLE32(isave, bits_[w]);
+    return r;
 }
 
 int BitArray::Load(ILoad* iload) {
     int32_t n = 0;
-    ULONG nr = 0;
-    IOResult r = iload->Read(&n, sizeof(n), &nr);
+    IOResult r = ReadLE32(iload, n);
     if (r != IO_OK) return r;
-    // The count comes from a file: a negative one is damage, and a huge one must not
-    // allocate more than the chunk can possibly hold (each word is read, so a short
-    // chunk fails below rather than leaving words unread).
+    // The count comes from a file: a negative one is damage, and the words it needs must
+    // be in the chunk before anything is allocated for them. A stream that cannot tell
+    // its size still gets the fixed bound.
     if (n < 0 || n > (1 << 24)) return IO_ERROR;
+    const ULONG left = iload->ChunkBytesLeft();
+    const ULONG need = ULONG((n + 31) / 32) * 4u;
+    if (left != ILOAD_SIZE_UNKNOWN && need > left)
+        return IO_ERROR;
     BitArray loaded(n);
     for (int w = 0; w < loaded.words(); ++w) {
-        r = iload->Read(&loaded.bits_[w], sizeof(uint32_t), &nr);
+        r = ReadLE32(iload, loaded.bits_[w]);
         if (r != IO_OK) return r;
     }
     // Bits past the count would compare unequal later; keep the tail word clean.

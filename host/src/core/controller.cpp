@@ -1,8 +1,11 @@
 #include "host/controller.h"
 
+#include "host/chunk_values.h"
+#include "host/class_desc.h"
 #include "host/hold.h"
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 namespace {
@@ -19,7 +22,7 @@ struct Key {
 /// linear between neighbouring keys and constant before the first and after the last.
 class Point3KeyControl : public Control {
 public:
-    Class_ID ClassID() override { return Class_ID(0x118f7e02, 0xffee238a); }
+    Class_ID ClassID() override { return POINT3_KEY_CONTROL_CLASS_ID; }
     SClass_ID SuperClassID() override { return CTRL_POINT3_CLASS_ID; }
     void GetClassName(CStr& s) override { s = "Point3 Keys"; }
     BOOL IsAnimated() override { return keys_.empty() ? FALSE : TRUE; }
@@ -95,54 +98,84 @@ public:
         return c;
     }
 
+    // Chunks: 0x0100 the constant value (three floats); 0x0110 one key each: time (int)
+    // and value (three floats). All numbers little-endian.
     IOResult Save(ISave* isave) override {
         isave->BeginChunk(0x0100);
-        isave->Write(&constant_, sizeof(constant_), nullptr);
+        writePoint(isave, constant_);
         isave->EndChunk();
         for (const Key& k : keys_) {
             isave->BeginChunk(0x0110);
-            isave->Write(&k.t, sizeof(k.t), nullptr);
-            isave->Write(&k.v, sizeof(k.v), nullptr);
+            WriteLE32(isave, int32_t(k.t));
+            writePoint(isave, k.v);
             isave->EndChunk();
         }
         return IO_OK;
     }
 
+    // Reads what Save wrote in any order. A key chunk cut short ends the load with its
+    // error (the keys read before it stay); keys of equal time keep the last one read.
     IOResult Load(ILoad* iload) override {
         keys_.clear();
+        constant_ = Point3();
+        std::vector<Key> loaded;
         IOResult res;
         while ((res = iload->OpenChunk()) == IO_OK) {
-            ULONG nr = 0;
             switch (iload->CurChunkID()) {
             case 0x0100:
-                res = iload->Read(&constant_, sizeof(constant_), &nr);
+                res = readPoint(iload, constant_);
                 break;
             case 0x0110: {
                 Key k{};
-                res = iload->Read(&k.t, sizeof(k.t), &nr);
-                if (res == IO_OK) res = iload->Read(&k.v, sizeof(k.v), &nr);
-                // Keys arrive in time order from our own writer; keep the table sorted
-                // whatever the file says.
-                if (res == IO_OK) {
-                    auto it = std::lower_bound(keys_.begin(), keys_.end(), k.t,
-                                               [](const Key& a, TimeValue b) { return a.t < b; });
-                    if (it != keys_.end() && it->t == k.t)
-                        it->v = k.v;
-                    else
-                        keys_.insert(it, k);
-                }
+                int32_t t = 0;
+                res = ReadLE32(iload, t);
+                if (res == IO_OK)
+                    res = readPoint(iload, k.v);
+                k.t = t;
+                if (res == IO_OK)
+                    loaded.push_back(k);
                 break;
             }
             default:
                 break;
             }
-            iload->CloseChunk();
-            if (res != IO_OK) return res;
+            const IOResult closed = iload->CloseChunk();
+            if (res == IO_OK)
+                res = closed;
+            if (res != IO_OK)
+                break;
         }
-        return IO_OK;
+        // Sorted once at the end rather than inserted one by one: a file with many keys
+        // costs n log n, not n squared.
+        std::stable_sort(loaded.begin(), loaded.end(),
+                         [](const Key& a, const Key& b) { return a.t < b.t; });
+        for (const Key& k : loaded) {
+            if (!keys_.empty() && keys_.back().t == k.t)
+                keys_.back().v = k.v;
+            else
+                keys_.push_back(k);
+        }
+        // A damaged chunk header is a failed read like any other; only the end of the
+        // chunks is success.
+        return res == IO_END ? IO_OK : res;
     }
 
 private:
+    static void writePoint(ISave* isave, const Point3& p) {
+        WriteLE32(isave, p.x);
+        WriteLE32(isave, p.y);
+        WriteLE32(isave, p.z);
+    }
+    /// All three or, on a short read, none.
+    static IOResult readPoint(ILoad* iload, Point3& p) {
+        unsigned char b[12];
+        ULONG got = 0;
+        const IOResult r = iload->Read(b, sizeof(b), &got);
+        if (r == IO_OK)
+            p = Point3(UnpackLE32<float>(b), UnpackLE32<float>(b + 4), UnpackLE32<float>(b + 8));
+        return r;
+    }
+
     Key* keyAt(TimeValue t) {
         for (Key& k : keys_)
             if (k.t == t) return &k;
@@ -183,9 +216,31 @@ private:
     Point3 constant_;        // the value while there are no keys
 };
 
+/// The controller's class, so that a scene can re-create saved controllers.
+class Point3KeyControlClassDesc : public ClassDesc {
+public:
+    int IsPublic() override { return 0; }
+    void* Create(BOOL) override {
+        return static_cast<Animatable*>(new (std::nothrow) Point3KeyControl);
+    }
+    const char* ClassName() override { return "Point3 Keys"; }
+    SClass_ID SuperClassID() override { return CTRL_POINT3_CLASS_ID; }
+    Class_ID ClassID() override { return POINT3_KEY_CONTROL_CLASS_ID; }
+    const char* Category() override { return ""; }
+};
+
+Point3KeyControlClassDesc point3KeyControlDesc;
+
+// Built-in classes are in the class directory from the moment the host library loads,
+// before any module is.
+struct BuiltinClassRegistration {
+    BuiltinClassRegistration() { ClassDirectory::Get().AddClass(&point3KeyControlDesc); }
+} builtinClassRegistration;
+
 }  // namespace
 
 Control* NewDefaultPoint3Controller() { return new Point3KeyControl; }
+ClassDesc* GetPoint3ControllerClassDesc() { return &point3KeyControlDesc; }
 
 BOOL Animating() { return (animateOn && animateSuspended == 0) ? TRUE : FALSE; }
 void AnimateOn() { animateOn = 1; }
