@@ -28,8 +28,8 @@
 // Moves without a button pressed -> MOUSE_FREEMOVE (point 0) to the left button's mode
 // (hover feedback such as cursors). A double click that reaches the manager
 // (WM_LBUTTONDBLCLK and friends) gives MOUSE_DBLCLICK and then counts as a press.
-// Keys pressed during a gesture, other than Escape, give MOUSE_KEYBOARD with the
-// virtual-key code as the point number.
+// Keys taken from the thread's message queue during a gesture, other than Escape, give
+// MOUSE_KEYBOARD with the virtual-key code as the point number.
 //
 // The mode's `flags` hold MOUSE_SHIFT, MOUSE_CTRL, MOUSE_ALT (from the keyboard state,
 // so a test can set them with SetKeyboardState) and the MOUSE_xBUTTON bits of the
@@ -39,7 +39,7 @@
 // Escape and lost capture reach the manager even when the window only passes it mouse
 // messages: during a gesture the manager watches the thread's messages with hooks that it
 // removes when the gesture ends. A window may also pass WM_CAPTURECHANGED, WM_CANCELMODE
-// and WM_KEYDOWN to MouseWinProc; it answers 0 for them.
+// and WM_KEYDOWN (only Escape counts) to MouseWinProc; it answers 0 for them.
 //
 // Windows only; one user-interface thread.
 #pragma once
@@ -138,11 +138,12 @@ private:
         int numPoints = 2;              // points per gesture
     };
 
-    void Begin(HWND hwnd, int button, int flags, IPoint2 m);
-    void End(bool releaseCapture);
+    void OnPress(HWND hwnd, int button, int flags, IPoint2 m, bool doubleClick);
+    void OnRelease(HWND hwnd, int button, int flags, IPoint2 m);
+    void OnMove(HWND hwnd, int flags, IPoint2 m);
+    void Place(int flags, IPoint2 m);
     int Deliver(int msg, int point, int flags, IPoint2 m);
-    void PressDuringGesture(int button, int flags, IPoint2 m);
-    void ReleaseDuringGesture(int button, int flags, IPoint2 m);
+    void End();
 
     Slot slots_[3];                // per button
     int activeButton_ = -1;        // button of the gesture in progress, -1 when idle
@@ -151,6 +152,7 @@ private:
     HWND window_ = nullptr;        // window of the gesture (holds the capture)
     IPoint2 press_;                // where the gesture's point 0 was placed
     IPoint2 last_;                 // last mouse point seen during the gesture
-    int pendingPropClick_ = -1;    // right button pressed in this window (single point)
+    unsigned generation_ = 0;      // changes whenever a gesture begins or ends
+    HWND pendingRight_ = nullptr;  // window of a right press awaiting its release
     bool swallowUntilUp_[3] = {};  // a button whose press aborted a gesture
 };
