@@ -15,23 +15,23 @@
 /// Theme colour numbers of IColorManager::GetColor. The numbers are fixed: plug-ins
 /// store them.
 enum HostColorId {
-    kColorBackground = 0,     // panels and toolbars
-    kColorText = 1,           // text on panels
-    kColorWindow = 2,         // entry fields and lists
-    kColorWindowText = 3,     // text in entry fields
-    kColorActiveCommand = 4,  // fill of checked command buttons (a warm yellow)
-    kColorHover = 5,          // outline of the button under the mouse
-    kColorShadow = 6,         // dark edge of 3-D frames
-    kColorHilight3D = 7,      // light edge of 3-D frames
-    kColorSelection = 8,      // selected items
-    kColorSelectionText = 9,  // text on selected items
-    kColorDisabledText = 10,  // text and images of disabled controls
-    kColorTooltip = 11,       // tooltip background
-    kColorStatusText = 12,    // text of status items
-    kColorDarkGrey = 13,      // the dark-grey brush (areas outside a valid range)
-    kColorLightGrey = 14,     // the light-grey brush (areas of a graph)
-    kColorViewShade = 15,     // off-screen buffer background, faint lines on light grey
-    kColorViewLine = 16,      // stronger lines on light grey (major grid, ticks)
+    kColorBackground = 0,    // panels and toolbars
+    kColorText = 1,          // text on panels
+    kColorWindow = 2,        // entry fields and lists
+    kColorWindowText = 3,    // text in entry fields
+    kColorActiveCommand = 4, // fill of checked command buttons (a warm yellow)
+    kColorHover = 5,         // outline of the button under the mouse
+    kColorShadow = 6,        // dark edge of 3-D frames
+    kColorHilight3D = 7,     // light edge of 3-D frames
+    kColorSelection = 8,     // selected items
+    kColorSelectionText = 9, // text on selected items
+    kColorDisabledText = 10, // text and images of disabled controls
+    kColorTooltip = 11,      // tooltip background
+    kColorStatusText = 12,   // text of status items
+    kColorDarkGrey = 13,     // the dark-grey brush (areas outside a valid range)
+    kColorLightGrey = 14,    // the light-grey brush (areas of a graph)
+    kColorViewShade = 15,    // off-screen buffer background, faint lines on light grey
+    kColorViewLine = 16,     // stronger lines on light grey (major grid, ticks)
     kColorCount = 17
 };
 

@@ -54,7 +54,7 @@
 #define CUSTFLYOFF_CLASS "CustFlyOff"
 
 /// Sent by an entry field to its parent when Enter is pressed (after WantReturn(TRUE)).
-#define WM_CUSTEDIT_ENTER (0x0400 + 685)  // 1709, 0x6AD
+#define WM_CUSTEDIT_ENTER (0x0400 + 685) // 1709, 0x6AD
 
 /// WM_COMMAND notification codes of custom buttons (HIWORD of wParam). A plain click is
 /// BN_CLICKED (0).
@@ -97,10 +97,10 @@ class HOST_API ToolItem {
 public:
     virtual ~ToolItem() = default;
 
-    int type = CTB_SEPARATOR;  // CTB_... of the item
-    int id = 0;                // control id of the item's window (0 for separators)
-    int width = 0;             // width the item takes in the toolbar
-    int height = 0;            // height of the item's window; it is centred vertically
+    int type = CTB_SEPARATOR; // CTB_... of the item
+    int id = 0;               // control id of the item's window (0 for separators)
+    int width = 0;            // width the item takes in the toolbar
+    int height = 0;           // height of the item's window; it is centred vertically
 
 protected:
     ToolItem(int t, int w, int h, int i) : type(t), id(i), width(w), height(h) {}
@@ -119,7 +119,7 @@ class HOST_API ToolStatusItem : public ToolItem {
 public:
     ToolStatusItem(int w, int h, BOOL isFixed, int i)
         : ToolItem(CTB_STATUS, w, h, i), fixed(isFixed) {}
-    BOOL fixed;  // TRUE: exactly w pixels wide
+    BOOL fixed; // TRUE: exactly w pixels wide
 };
 
 /// A child window of any registered class, e.g. an entry field of class "CustEdit".
@@ -129,15 +129,12 @@ class HOST_API ToolOtherItem : public ToolItem {
 public:
     ToolOtherItem(const char* cls, int w, int h, int i, DWORD windowStyle = WS_CHILD | WS_VISIBLE,
                   int top = -1, const char* text = nullptr)
-        : ToolItem(CTB_OTHER, w, h, i),
-          className(cls),
-          style(windowStyle),
-          y(top),
+        : ToolItem(CTB_OTHER, w, h, i), className(cls), style(windowStyle), y(top),
           windowText(text) {}
-    const char* className;   // window class; copied by AddTool
-    DWORD style;             // window style
-    int y;                   // top edge in the toolbar, -1 = centred
-    const char* windowText;  // initial window text or null; copied by AddTool
+    const char* className;  // window class; copied by AddTool
+    DWORD style;            // window style
+    int y;                  // top edge in the toolbar, -1 = centred
+    const char* windowText; // initial window text or null; copied by AddTool
 };
 
 /// A push (CTB_PUSHBUTTON) or check (CTB_CHECKBUTTON) button of class "CustButton".
@@ -148,17 +145,11 @@ class HOST_API ToolButtonItem : public ToolItem {
 public:
     ToolButtonItem(int buttonType, int outEnabled, int inEnabled, int outDisabled, int inDisabled,
                    int iw, int ih, int w, int h, int i, const char* text = nullptr)
-        : ToolItem(buttonType, w, h, i),
-          iOutEn(outEnabled),
-          iInEn(inEnabled),
-          iOutDis(outDisabled),
-          iInDis(inDisabled),
-          imageWidth(iw),
-          imageHeight(ih),
-          label(text) {}
-    int iOutEn, iInEn, iOutDis, iInDis;  // image indices per state
-    int imageWidth, imageHeight;         // image size in pixels
-    const char* label;                   // text shown when the image list is null; copied
+        : ToolItem(buttonType, w, h, i), iOutEn(outEnabled), iInEn(inEnabled), iOutDis(outDisabled),
+          iInDis(inDisabled), imageWidth(iw), imageHeight(ih), label(text) {}
+    int iOutEn, iInEn, iOutDis, iInDis; // image indices per state
+    int imageWidth, imageHeight;        // image size in pixels
+    const char* label;                  // text shown when the image list is null; copied
 };
 
 /// One entry of a fly-off: its four state images, as for ToolButtonItem.
@@ -335,9 +326,9 @@ protected:
 class HOST_API ICustStatus {
 public:
     virtual HWND GetHwnd() = 0;
-    virtual void SetText(const char* text) = 0;  // null: empty
+    virtual void SetText(const char* text) = 0; // null: empty
     virtual void GetText(char* buf, int size) = 0;
-    virtual void SetTextFormat(int format) = 0;  // STATUSTEXT_...
+    virtual void SetTextFormat(int format) = 0; // STATUSTEXT_...
     virtual int GetTextFormat() = 0;
     virtual void SetTooltip(BOOL on, const char* text) = 0;
 

@@ -36,7 +36,7 @@ public:
     int Count() const { return int(users_.size()); }
 
 private:
-    std::vector<EventUser*> users_;  // not owned; the last one gets the event
+    std::vector<EventUser*> users_; // not owned; the last one gets the event
 };
 
 /// The host's Delete key: its main window processes this router when Delete is pressed

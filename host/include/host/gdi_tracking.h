@@ -38,42 +38,21 @@ HOST_API void Dispose(GdiKind kind, void* handle);
 /// Counts out without deleting (ownership handed elsewhere).
 HOST_API void Forget(GdiKind kind, void* handle);
 
-template <class H>
-struct KindOf;
-template <>
-struct KindOf<HPEN> {
-    static constexpr GdiKind value = GdiKind::Pen;
+template <class H> struct KindOf;
+template <> struct KindOf<HPEN> { static constexpr GdiKind value = GdiKind::Pen; };
+template <> struct KindOf<HBRUSH> { static constexpr GdiKind value = GdiKind::Brush; };
+template <> struct KindOf<HFONT> { static constexpr GdiKind value = GdiKind::Font; };
+template <> struct KindOf<HBITMAP> { static constexpr GdiKind value = GdiKind::Bitmap; };
+template <> struct KindOf<HRGN> { static constexpr GdiKind value = GdiKind::Region; };
+template <> struct KindOf<HDC> {
+    static constexpr GdiKind value = GdiKind::DC; // memory DCs (DeleteDC)
 };
-template <>
-struct KindOf<HBRUSH> {
-    static constexpr GdiKind value = GdiKind::Brush;
-};
-template <>
-struct KindOf<HFONT> {
-    static constexpr GdiKind value = GdiKind::Font;
-};
-template <>
-struct KindOf<HBITMAP> {
-    static constexpr GdiKind value = GdiKind::Bitmap;
-};
-template <>
-struct KindOf<HRGN> {
-    static constexpr GdiKind value = GdiKind::Region;
-};
-template <>
-struct KindOf<HDC> {
-    static constexpr GdiKind value = GdiKind::DC;  // memory DCs (DeleteDC)
-};
-template <>
-struct KindOf<HWND> {
-    static constexpr GdiKind value = GdiKind::Window;
-};
-}  // namespace gdi_detail
+template <> struct KindOf<HWND> { static constexpr GdiKind value = GdiKind::Window; };
+} // namespace gdi_detail
 
 /// Sole owner of one handle of type H (HPEN, HBRUSH, HFONT, HBITMAP, HRGN, a memory HDC
 /// from CreateCompatibleDC, or an HWND). Move-only. Null is a valid empty state.
-template <class H>
-class GdiObject {
+template <class H> class GdiObject {
 public:
     GdiObject() = default;
     /// Takes ownership of `h` (may be null, e.g. when creation failed).
@@ -81,7 +60,8 @@ public:
     ~GdiObject() { gdi_detail::Dispose(Kind, h_); }
     GdiObject(GdiObject&& o) noexcept : h_(std::exchange(o.h_, nullptr)) {}
     GdiObject& operator=(GdiObject&& o) noexcept {
-        if (this != &o) reset(std::exchange(o.h_, nullptr), false);
+        if (this != &o)
+            reset(std::exchange(o.h_, nullptr), false);
         return *this;
     }
     GdiObject(const GdiObject&) = delete;
@@ -100,12 +80,14 @@ public:
 private:
     static constexpr GdiKind Kind = gdi_detail::KindOf<H>::value;
     void reset(H h, bool adopt) {
-        if (h == h_) return;
+        if (h == h_)
+            return;
         gdi_detail::Dispose(Kind, h_);
         h_ = h;
-        if (adopt) gdi_detail::Adopt(Kind, h_);
+        if (adopt)
+            gdi_detail::Adopt(Kind, h_);
     }
-    H h_ = nullptr;  // owned
+    H h_ = nullptr; // owned
 };
 
 using GdiPen = GdiObject<HPEN>;
@@ -128,7 +110,7 @@ public:
 
 private:
     HDC hdc_;
-    HGDIOBJ previous_;  // put back by the destructor
+    HGDIOBJ previous_; // put back by the destructor
 };
 
 /// GetDC / ReleaseDC of a window, counted as GdiKind::DC.
@@ -142,7 +124,7 @@ public:
 
 private:
     HWND hwnd_;
-    HDC hdc_;  // released by the destructor
+    HDC hdc_; // released by the destructor
 };
 
 /// BeginPaint / EndPaint of one WM_PAINT, counted as GdiKind::DC.
@@ -159,7 +141,7 @@ public:
 private:
     HWND hwnd_;
     PAINTSTRUCT ps_;
-    HDC hdc_;  // ended by the destructor
+    HDC hdc_; // ended by the destructor
 };
 
 /// Saves the DC's state (SaveDC) and restores it at scope end (clip region, mapping,
@@ -173,5 +155,5 @@ public:
 
 private:
     HDC hdc_;
-    int saved_;  // SaveDC's level
+    int saved_; // SaveDC's level
 };

@@ -134,8 +134,8 @@ public:
 
 private:
     struct Slot {
-        MouseCallBack* proc = nullptr;  // not owned
-        int numPoints = 2;              // points per gesture
+        MouseCallBack* proc = nullptr; // not owned
+        int numPoints = 2;             // points per gesture
     };
 
     void OnPress(HWND hwnd, int button, int flags, IPoint2 m, bool doubleClick);
@@ -145,14 +145,14 @@ private:
     int Deliver(int msg, int point, int flags, IPoint2 m);
     void End();
 
-    Slot slots_[3];                // per button
-    int activeButton_ = -1;        // button of the gesture in progress, -1 when idle
-    int activePoints_ = 0;         // numPoints of that gesture (after override)
-    int point_ = 0;                // number of the point being placed
-    HWND window_ = nullptr;        // window of the gesture (holds the capture)
-    IPoint2 press_;                // where the gesture's point 0 was placed
-    IPoint2 last_;                 // last mouse point seen during the gesture
-    unsigned generation_ = 0;      // changes whenever a gesture begins or ends
-    HWND pendingRight_ = nullptr;  // window of a right press awaiting its release
-    bool swallowUntilUp_[3] = {};  // a button whose press aborted a gesture
+    Slot slots_[3];               // per button
+    int activeButton_ = -1;       // button of the gesture in progress, -1 when idle
+    int activePoints_ = 0;        // numPoints of that gesture (after override)
+    int point_ = 0;               // number of the point being placed
+    HWND window_ = nullptr;       // window of the gesture (holds the capture)
+    IPoint2 press_;               // where the gesture's point 0 was placed
+    IPoint2 last_;                // last mouse point seen during the gesture
+    unsigned generation_ = 0;     // changes whenever a gesture begins or ends
+    HWND pendingRight_ = nullptr; // window of a right press awaiting its release
+    bool swallowUntilUp_[3] = {}; // a button whose press aborted a gesture
 };

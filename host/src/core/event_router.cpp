@@ -5,7 +5,8 @@
 EventRouter deleteRouter;
 
 void EventRouter::Register(EventUser* user) {
-    if (!user) return;
+    if (!user)
+        return;
     UnRegister(user);
     users_.push_back(user);
 }
@@ -15,7 +16,8 @@ void EventRouter::UnRegister(EventUser* user) {
 }
 
 BOOL EventRouter::Process() {
-    if (users_.empty()) return FALSE;
+    if (users_.empty())
+        return FALSE;
     // Notify may change the list; the user is read before the call.
     EventUser* user = users_.back();
     user->Notify();

@@ -12,7 +12,7 @@
 namespace hostwin {
 
 namespace {
-constexpr UINT_PTR kFlyOffTimer = 1;  // the press is held long enough to open the strip
+constexpr UINT_PTR kFlyOffTimer = 1; // the press is held long enough to open the strip
 }
 
 // -------------------------------------------------------------------------------------
@@ -23,16 +23,19 @@ ButtonControl::ButtonControl(HWND hwnd)
     : ControlObject(hwnd), highlight_(ColorMan()->GetColor(kColorActiveCommand)) {}
 
 void ButtonControl::Invalidate() {
-    if (hwnd_) InvalidateRect(hwnd_, nullptr, FALSE);
+    if (hwnd_)
+        InvalidateRect(hwnd_, nullptr, FALSE);
 }
 
 void ButtonControl::SetText(const char* text) {
-    if (hwnd_) SetWindowTextA(hwnd_, text ? text : "");  // WM_SETTEXT repaints
+    if (hwnd_)
+        SetWindowTextA(hwnd_, text ? text : ""); // WM_SETTEXT repaints
 }
 
 void ButtonControl::GetText(char* buf, int size) {
     CopyText(buf, size, "");
-    if (hwnd_ && buf && size > 0) GetWindowTextA(hwnd_, buf, size);
+    if (hwnd_ && buf && size > 0)
+        GetWindowTextA(hwnd_, buf, size);
 }
 
 void ButtonControl::SetImage(HIMAGELIST images, int iOutEn, int iInEn, int iOutDis, int iInDis,
@@ -49,13 +52,15 @@ void ButtonControl::SetImage(HIMAGELIST images, int iOutEn, int iInEn, int iOutD
 
 void ButtonControl::SetType(int type) {
     type_ = type == CBT_CHECK ? CBT_CHECK : CBT_PUSH;
-    if (type_ == CBT_PUSH) checked_ = FALSE;
+    if (type_ == CBT_PUSH)
+        checked_ = FALSE;
     Invalidate();
 }
 
 void ButtonControl::SetCheck(BOOL checked) {
     BOOL now = type_ == CBT_CHECK && checked;
-    if (now == checked_) return;
+    if (now == checked_)
+        return;
     checked_ = now;
     Invalidate();
 }
@@ -74,7 +79,8 @@ void ButtonControl::SetFlyOff(int count, const FlyOffData* data, int timeOut, in
                               int columns) {
     CloseFlyOff();
     flyOffs_.clear();
-    if (count > 0 && data) flyOffs_.assign(data, data + count);
+    if (count > 0 && data)
+        flyOffs_.assign(data, data + count);
     curFlyOff_ = flyOffs_.empty() ? 0 : std::clamp(init, 0, int(flyOffs_.size()) - 1);
     flyOffDelay_ = std::max(0, timeOut);
     flyOffDir_ = dir;
@@ -83,15 +89,19 @@ void ButtonControl::SetFlyOff(int count, const FlyOffData* data, int timeOut, in
 }
 
 void ButtonControl::SetCurFlyOff(int f, BOOL notify) {
-    if (f < 0 || f >= int(flyOffs_.size())) return;
+    if (f < 0 || f >= int(flyOffs_.size()))
+        return;
     curFlyOff_ = f;
     Invalidate();
-    if (notify && hwnd_) NotifyParent(hwnd_, BN_FLYOFF);
+    if (notify && hwnd_)
+        NotifyParent(hwnd_, BN_FLYOFF);
 }
 
 void ButtonControl::Enable(BOOL on) {
-    if (!hwnd_) return;
-    if (!on) CancelPress();
+    if (!hwnd_)
+        return;
+    if (!on)
+        CancelPress();
     EnableWindow(hwnd_, on);
     Invalidate();
 }
@@ -103,23 +113,27 @@ BOOL ButtonControl::IsEnabled() { return hwnd_ && IsWindowEnabled(hwnd_); }
 // -------------------------------------------------------------------------------------
 
 void ButtonControl::OnLButtonDown(POINT) {
-    if (!IsEnabled() || pressed_) return;
+    if (!IsEnabled() || pressed_)
+        return;
     pressed_ = inside_ = true;
     SetCapture(hwnd_);
     Invalidate();
-    AddRef();  // the parent may destroy us while it handles the notification
-    if (downNotify_) NotifyParent(hwnd_, BN_BUTTONDOWN);
+    AddRef(); // the parent may destroy us while it handles the notification
+    if (downNotify_)
+        NotifyParent(hwnd_, BN_BUTTONDOWN);
     if (hwnd_ && pressed_ && !flyOffs_.empty())
         SetTimer(hwnd_, kFlyOffTimer, UINT(std::max(1, flyOffDelay_)), nullptr);
     Release();
 }
 
 void ButtonControl::OnMouseMove(POINT p) {
-    if (!pressed_) return;
+    if (!pressed_)
+        return;
     if (flyOffWindow_) {
         POINT s = p;
         ClientToScreen(hwnd_, &s);
-        if (auto* strip = static_cast<FlyOffControl*>(ObjectOf(flyOffWindow_))) strip->Track(s);
+        if (auto* strip = static_cast<FlyOffControl*>(ObjectOf(flyOffWindow_)))
+            strip->Track(s);
         return;
     }
     RECT rc;
@@ -133,11 +147,13 @@ void ButtonControl::OnMouseMove(POINT p) {
 
 void ButtonControl::OnTimer() {
     KillTimer(hwnd_, kFlyOffTimer);
-    if (pressed_ && inside_ && !flyOffWindow_) OpenFlyOff();
+    if (pressed_ && inside_ && !flyOffWindow_)
+        OpenFlyOff();
 }
 
 void ButtonControl::OnLButtonUp(POINT p) {
-    if (!pressed_) return;
+    if (!pressed_)
+        return;
     int chosen = -1;
     bool click = false;
     if (flyOffWindow_) {
@@ -154,17 +170,20 @@ void ButtonControl::OnLButtonUp(POINT p) {
     pressed_ = inside_ = false;
     KillTimer(hwnd_, kFlyOffTimer);
     CloseFlyOff();
-    if (GetCapture() == hwnd_) ReleaseCapture();
+    if (GetCapture() == hwnd_)
+        ReleaseCapture();
     if (chosen >= 0) {
         curFlyOff_ = chosen;
-        if (type_ == CBT_CHECK) checked_ = TRUE;
+        if (type_ == CBT_CHECK)
+            checked_ = TRUE;
     } else if (click && type_ == CBT_CHECK) {
         checked_ = !checked_;
     }
     Invalidate();
 
-    AddRef();  // each notification may destroy the window
-    if (downNotify_ && hwnd_) NotifyParent(hwnd_, BN_BUTTONUP);
+    AddRef(); // each notification may destroy the window
+    if (downNotify_ && hwnd_)
+        NotifyParent(hwnd_, BN_BUTTONUP);
     if (chosen >= 0 && hwnd_)
         NotifyParent(hwnd_, BN_FLYOFF);
     else if (click && hwnd_)
@@ -173,11 +192,13 @@ void ButtonControl::OnLButtonUp(POINT p) {
 }
 
 void ButtonControl::CancelPress() {
-    if (!pressed_) return;
+    if (!pressed_)
+        return;
     pressed_ = inside_ = false;
     KillTimer(hwnd_, kFlyOffTimer);
     CloseFlyOff();
-    if (GetCapture() == hwnd_) ReleaseCapture();
+    if (GetCapture() == hwnd_)
+        ReleaseCapture();
     Invalidate();
 }
 
@@ -187,7 +208,8 @@ void ButtonControl::OpenFlyOff() {
 }
 
 void ButtonControl::CloseFlyOff() {
-    if (!flyOffWindow_) return;
+    if (!flyOffWindow_)
+        return;
     HWND strip = flyOffWindow_;
     flyOffWindow_ = nullptr;
     DestroyWindow(strip);
@@ -218,7 +240,7 @@ void ButtonControl::Paint() {
     }
     Rect3D(hdc, rc, in);
 
-    const int shift = in ? 1 : 0;  // pressed content moves down and right by a pixel
+    const int shift = in ? 1 : 0; // pressed content moves down and right by a pixel
     if (images_) {
         int idx[4] = {image_[0], image_[1], image_[2], image_[3]};
         if (!flyOffs_.empty()) {
@@ -258,49 +280,52 @@ void ButtonControl::Paint() {
 LRESULT ButtonControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     POINT p = {short(LOWORD(lParam)), short(HIWORD(lParam))};
     switch (msg) {
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return 1;  // Paint covers every pixel
-        case WM_LBUTTONDOWN:
-        case WM_LBUTTONDBLCLK:
-            OnLButtonDown(p);
-            return 0;
-        case WM_MOUSEMOVE:
-            OnMouseMove(p);
-            return 0;
-        case WM_LBUTTONUP:
-            OnLButtonUp(p);
-            return 0;
-        case WM_TIMER:
-            if (wParam == kFlyOffTimer) OnTimer();
-            return 0;
-        case WM_CAPTURECHANGED:
-            if (reinterpret_cast<HWND>(lParam) != hwnd_) CancelPress();
-            return 0;
-        case WM_CANCELMODE:
+    case WM_PAINT:
+        Paint();
+        return 0;
+    case WM_ERASEBKGND:
+        return 1; // Paint covers every pixel
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONDBLCLK:
+        OnLButtonDown(p);
+        return 0;
+    case WM_MOUSEMOVE:
+        OnMouseMove(p);
+        return 0;
+    case WM_LBUTTONUP:
+        OnLButtonUp(p);
+        return 0;
+    case WM_TIMER:
+        if (wParam == kFlyOffTimer)
+            OnTimer();
+        return 0;
+    case WM_CAPTURECHANGED:
+        if (reinterpret_cast<HWND>(lParam) != hwnd_)
             CancelPress();
-            return 0;
-        case WM_RBUTTONUP:
-            if (rightNotify_ && IsEnabled()) NotifyParent(hwnd_, BN_RIGHTCLICK);
-            return 0;
-        case WM_ENABLE:
-            Invalidate();
-            return 0;
-        case WM_SETTEXT: {
-            LRESULT r = Default(msg, wParam, lParam);
-            Invalidate();
-            return r;
-        }
-        case WM_DESTROY:
-            KillTimer(hwnd_, kFlyOffTimer);
-            CloseFlyOff();
-            tooltip_.Destroy();
-            return 0;
-        default:
-            return Default(msg, wParam, lParam);
+        return 0;
+    case WM_CANCELMODE:
+        CancelPress();
+        return 0;
+    case WM_RBUTTONUP:
+        if (rightNotify_ && IsEnabled())
+            NotifyParent(hwnd_, BN_RIGHTCLICK);
+        return 0;
+    case WM_ENABLE:
+        Invalidate();
+        return 0;
+    case WM_SETTEXT: {
+        LRESULT r = Default(msg, wParam, lParam);
+        Invalidate();
+        return r;
+    }
+    case WM_DESTROY:
+        KillTimer(hwnd_, kFlyOffTimer);
+        CloseFlyOff();
+        tooltip_.Destroy();
+        return 0;
+    default:
+        return Default(msg, wParam, lParam);
     }
 }
 
-}  // namespace hostwin
+} // namespace hostwin

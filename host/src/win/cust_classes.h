@@ -39,14 +39,14 @@ public:
 
 private:
     struct Item {
-        int type;      // CTB_...
-        int id;        // control id, 0 for separators
-        int width;     // requested width
-        int height;    // height of the item's window
-        int top;       // fixed top edge, -1 = centred
-        bool stretch;  // a non-fixed status item: takes the width left over
-        HWND hwnd;     // the item's window (child of the toolbar), null for separators
-        RECT rect;     // placed rectangle, toolbar client coordinates
+        int type;     // CTB_...
+        int id;       // control id, 0 for separators
+        int width;    // requested width
+        int height;   // height of the item's window
+        int top;      // fixed top edge, -1 = centred
+        bool stretch; // a non-fixed status item: takes the width left over
+        HWND hwnd;    // the item's window (child of the toolbar), null for separators
+        RECT rect;    // placed rectangle, toolbar client coordinates
     };
 
     HWND CreateItemWindow(const ToolItem& item);
@@ -54,9 +54,9 @@ private:
     void Paint();
     bool IsItemWindow(HWND hwnd) const;
 
-    std::vector<Item> items_;      // in toolbar order
-    HIMAGELIST images_ = nullptr;  // image list for buttons added next (not owned)
-    BOOL bottomBorder_ = FALSE;    // etched line along the bottom edge
+    std::vector<Item> items_;     // in toolbar order
+    HIMAGELIST images_ = nullptr; // image list for buttons added next (not owned)
+    BOOL bottomBorder_ = FALSE;   // etched line along the bottom edge
 };
 
 // -------------------------------------------------------------------------------------
@@ -115,23 +115,23 @@ private:
     void Paint();
     void Invalidate();
 
-    int type_ = CBT_PUSH;              // CBT_PUSH or CBT_CHECK
-    BOOL checked_ = FALSE;             // check buttons only
-    BOOL checkHighlight_ = TRUE;       // fill a checked button with highlight_
-    COLORREF highlight_;               // fill colour of a checked button
-    BOOL downNotify_ = FALSE;          // BN_BUTTONDOWN / BN_BUTTONUP wanted
-    BOOL rightNotify_ = FALSE;         // BN_RIGHTCLICK wanted
-    HIMAGELIST images_ = nullptr;      // not owned
-    int image_[4] = {0, 0, 0, 0};      // out-enabled, in-enabled, out-disabled, in-disabled
-    int imageW_ = 16, imageH_ = 15;    // image size
-    bool pressed_ = false;             // left button went down on us and is still down
-    bool inside_ = false;              // ... and the mouse is over the button
-    std::vector<FlyOffData> flyOffs_;  // fly-off entries (empty: none)
-    int curFlyOff_ = 0;                // current entry
-    int flyOffDelay_ = 0;              // milliseconds before the strip opens
-    int flyOffDir_ = FLY_VARIABLE;     // FLY_...
-    int flyOffColumns_ = 1;            // entries across
-    HWND flyOffWindow_ = nullptr;      // the open strip, owned
+    int type_ = CBT_PUSH;             // CBT_PUSH or CBT_CHECK
+    BOOL checked_ = FALSE;            // check buttons only
+    BOOL checkHighlight_ = TRUE;      // fill a checked button with highlight_
+    COLORREF highlight_;              // fill colour of a checked button
+    BOOL downNotify_ = FALSE;         // BN_BUTTONDOWN / BN_BUTTONUP wanted
+    BOOL rightNotify_ = FALSE;        // BN_RIGHTCLICK wanted
+    HIMAGELIST images_ = nullptr;     // not owned
+    int image_[4] = {0, 0, 0, 0};     // out-enabled, in-enabled, out-disabled, in-disabled
+    int imageW_ = 16, imageH_ = 15;   // image size
+    bool pressed_ = false;            // left button went down on us and is still down
+    bool inside_ = false;             // ... and the mouse is over the button
+    std::vector<FlyOffData> flyOffs_; // fly-off entries (empty: none)
+    int curFlyOff_ = 0;               // current entry
+    int flyOffDelay_ = 0;             // milliseconds before the strip opens
+    int flyOffDir_ = FLY_VARIABLE;    // FLY_...
+    int flyOffColumns_ = 1;           // entries across
+    HWND flyOffWindow_ = nullptr;     // the open strip, owned
     Tooltip tooltip_;
 };
 
@@ -152,10 +152,10 @@ public:
 private:
     void Paint();
 
-    ButtonControl* button_ = nullptr;  // the button that opened the strip (it owns us)
-    int columns_ = 1;                  // entries across
-    int cellW_ = 0, cellH_ = 0;        // size of one entry
-    int hot_ = -1;                     // entry under the mouse
+    ButtonControl* button_ = nullptr; // the button that opened the strip (it owns us)
+    int columns_ = 1;                 // entries across
+    int cellW_ = 0, cellH_ = 0;       // size of one entry
+    int hot_ = -1;                    // entry under the mouse
 };
 
 // -------------------------------------------------------------------------------------
@@ -188,10 +188,10 @@ private:
     LRESULT Inner(UINT msg, WPARAM wParam, LPARAM lParam);
     std::string Text() const;
 
-    HWND edit_ = nullptr;         // the inner standard edit control
-    WNDPROC editProc_ = nullptr;  // its own procedure, called after ours
-    BOOL wantReturn_ = FALSE;     // report Enter to the parent
-    BOOL gotReturn_ = FALSE;      // Enter pressed since GotReturn last asked
+    HWND edit_ = nullptr;        // the inner standard edit control
+    WNDPROC editProc_ = nullptr; // its own procedure, called after ours
+    BOOL wantReturn_ = FALSE;    // report Enter to the parent
+    BOOL gotReturn_ = FALSE;     // Enter pressed since GotReturn last asked
     Tooltip tooltip_;
 };
 
@@ -215,8 +215,8 @@ public:
 private:
     void Paint();
 
-    int format_ = STATUSTEXT_LEFT;  // STATUSTEXT_...
+    int format_ = STATUSTEXT_LEFT; // STATUSTEXT_...
     Tooltip tooltip_;
 };
 
-}  // namespace hostwin
+} // namespace hostwin

@@ -6,7 +6,7 @@
 #include "cust_classes.h"
 #include "cust_internal.h"
 
-extern "C" IMAGE_DOS_HEADER __ImageBase;  // this module's own base, i.e. its HINSTANCE
+extern "C" IMAGE_DOS_HEADER __ImageBase; // this module's own base, i.e. its HINSTANCE
 
 namespace hostwin {
 
@@ -30,21 +30,22 @@ const ClassSpec kClasses[] = {
 static_assert(sizeof(kClasses) / sizeof(kClasses[0]) == size_t(ControlClass::Count),
               "one class entry per ControlClass");
 
-ATOM classAtoms[size_t(ControlClass::Count)] = {};  // 0 until registered
+ATOM classAtoms[size_t(ControlClass::Count)] = {}; // 0 until registered
 
-}  // namespace
+} // namespace
 
 HINSTANCE HostInstance() { return reinterpret_cast<HINSTANCE>(&__ImageBase); }
 
 void RegisterControlClasses() {
     for (size_t i = 0; i < size_t(ControlClass::Count); ++i) {
-        if (classAtoms[i]) continue;
+        if (classAtoms[i])
+            continue;
         const ClassSpec& spec = kClasses[i];
         WNDCLASSA wc = {};
         // Global classes: plug-ins create these windows with their own module instance.
         wc.style = CS_GLOBALCLASS | spec.style;
         wc.lpfnWndProc = spec.proc;
-        wc.cbWndExtra = sizeof(void*);  // slot 0: the ControlObject
+        wc.cbWndExtra = sizeof(void*); // slot 0: the ControlObject
         wc.hInstance = HostInstance();
         wc.hCursor = LoadCursorA(nullptr, spec.cursor);
         wc.lpszClassName = spec.name;
@@ -60,7 +61,8 @@ void RegisterControlClasses() {
 
 void UnregisterControlClasses() {
     for (size_t i = 0; i < size_t(ControlClass::Count); ++i) {
-        if (classAtoms[i] && UnregisterClassA(kClasses[i].name, HostInstance())) classAtoms[i] = 0;
+        if (classAtoms[i] && UnregisterClassA(kClasses[i].name, HostInstance()))
+            classAtoms[i] = 0;
     }
 }
 
@@ -74,8 +76,10 @@ ControlObject* ObjectOf(HWND hwnd) {
 }
 
 void CopyText(char* buf, int size, const char* text) {
-    if (!buf || size <= 0) return;
-    if (!text) text = "";
+    if (!buf || size <= 0)
+        return;
+    if (!text)
+        text = "";
     size_t n = strnlen(text, size_t(size - 1));
     memcpy(buf, text, n);
     buf[n] = '\0';
@@ -83,7 +87,8 @@ void CopyText(char* buf, int size, const char* text) {
 
 void NotifyParent(HWND control, int code) {
     HWND parent = GetParent(control);
-    if (!parent) return;
+    if (!parent)
+        return;
     int id = GetDlgCtrlID(control);
     SendMessageA(parent, WM_COMMAND, MAKEWPARAM(id, code), reinterpret_cast<LPARAM>(control));
 }
@@ -119,7 +124,8 @@ void Tooltip::Set(HWND tool, BOOL on, const char* text) {
             CreateWindowExA(WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr,
                             WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT, CW_USEDEFAULT,
                             CW_USEDEFAULT, CW_USEDEFAULT, tool, nullptr, HostInstance(), nullptr);
-        if (!tip_) return;
+        if (!tip_)
+            return;
         tool_ = tool;
         TOOLINFOA ti = Info(copy);
         SendMessageA(tip_, TTM_ADDTOOLA, 0, reinterpret_cast<LPARAM>(&ti));
@@ -131,7 +137,8 @@ void Tooltip::Set(HWND tool, BOOL on, const char* text) {
 
 BOOL Tooltip::Get(char* buf, int size) const {
     CopyText(buf, size, "");
-    if (!tip_ || !IsWindow(tip_)) return FALSE;
+    if (!tip_ || !IsWindow(tip_))
+        return FALSE;
     // TTM_GETTEXTA of the version-5 controls takes no buffer size; they copy at most
     // INFOTIPSIZE characters.
     char text[INFOTIPSIZE + 1] = {};
@@ -143,12 +150,13 @@ BOOL Tooltip::Get(char* buf, int size) const {
 }
 
 void Tooltip::Destroy() {
-    if (tip_ && IsWindow(tip_)) DestroyWindow(tip_);
+    if (tip_ && IsWindow(tip_))
+        DestroyWindow(tip_);
     tip_ = nullptr;
     tool_ = nullptr;
 }
 
-}  // namespace hostwin
+} // namespace hostwin
 
 // -------------------------------------------------------------------------------------
 // Access functions
@@ -170,14 +178,18 @@ ICustStatus* GetICustStatus(HWND hwnd) {
 }
 
 void ReleaseICustToolbar(ICustToolbar* toolbar) {
-    if (toolbar) static_cast<ToolbarControl*>(toolbar)->Release();
+    if (toolbar)
+        static_cast<ToolbarControl*>(toolbar)->Release();
 }
 void ReleaseICustButton(ICustButton* button) {
-    if (button) static_cast<ButtonControl*>(button)->Release();
+    if (button)
+        static_cast<ButtonControl*>(button)->Release();
 }
 void ReleaseICustEdit(ICustEdit* edit) {
-    if (edit) static_cast<EditControl*>(edit)->Release();
+    if (edit)
+        static_cast<EditControl*>(edit)->Release();
 }
 void ReleaseICustStatus(ICustStatus* status) {
-    if (status) static_cast<StatusControl*>(status)->Release();
+    if (status)
+        static_cast<StatusControl*>(status)->Release();
 }

@@ -11,7 +11,8 @@ namespace hostwin {
 
 HWND FlyOffControl::Open(ButtonControl* button, HWND buttonWindow, int dir, int columns) {
     const int n = int(button->FlyOffs().size());
-    if (n <= 0) return nullptr;
+    if (n <= 0)
+        return nullptr;
     RECT br;
     GetWindowRect(buttonWindow, &br);
     const int cellW = std::max(1, int(br.right - br.left));
@@ -23,7 +24,7 @@ HWND FlyOffControl::Open(ButtonControl* button, HWND buttonWindow, int dir, int 
     const int along = (n + lines - 1) / lines;
     const int cols = horizontal ? along : lines;
     const int rows = horizontal ? lines : along;
-    const int w = cols * cellW + 2;  // WS_BORDER takes one pixel on each side
+    const int w = cols * cellW + 2; // WS_BORDER takes one pixel on each side
     const int h = rows * cellH + 2;
 
     MONITORINFO mi = {};
@@ -35,20 +36,22 @@ HWND FlyOffControl::Open(ButtonControl* button, HWND buttonWindow, int dir, int 
     // away from it.
     int x = br.left - 1, y = br.top - 1;
     switch (dir) {
-        case FLY_UP:
+    case FLY_UP:
+        y = br.bottom + 1 - h;
+        break;
+    case FLY_LEFT:
+        x = br.right + 1 - w;
+        break;
+    case FLY_VARIABLE:
+        if (y + h > work.bottom)
             y = br.bottom + 1 - h;
-            break;
-        case FLY_LEFT:
+        break;
+    case FLY_HVARIABLE:
+        if (x + w > work.right)
             x = br.right + 1 - w;
-            break;
-        case FLY_VARIABLE:
-            if (y + h > work.bottom) y = br.bottom + 1 - h;
-            break;
-        case FLY_HVARIABLE:
-            if (x + w > work.right) x = br.right + 1 - w;
-            break;
-        default:  // FLY_DOWN, FLY_RIGHT and anything unknown
-            break;
+        break;
+    default: // FLY_DOWN, FLY_RIGHT and anything unknown
+        break;
     }
 
     HWND strip =
@@ -56,7 +59,8 @@ HWND FlyOffControl::Open(ButtonControl* button, HWND buttonWindow, int dir, int 
                         WS_POPUP | WS_BORDER, x, y, w, h, GetAncestor(buttonWindow, GA_ROOT),
                         nullptr, HostInstance(), nullptr);
     auto* self = strip ? static_cast<FlyOffControl*>(ObjectOf(strip)) : nullptr;
-    if (!self) return strip;
+    if (!self)
+        return strip;
     self->button_ = button;
     self->columns_ = cols;
     self->cellW_ = cellW;
@@ -67,7 +71,8 @@ HWND FlyOffControl::Open(ButtonControl* button, HWND buttonWindow, int dir, int 
 }
 
 int FlyOffControl::Track(POINT screen) {
-    if (!hwnd_ || !button_) return -1;
+    if (!hwnd_ || !button_)
+        return -1;
     POINT p = screen;
     ScreenToClient(hwnd_, &p);
     RECT rc;
@@ -75,7 +80,8 @@ int FlyOffControl::Track(POINT screen) {
     int entry = -1;
     if (PtInRect(&rc, p) && cellW_ > 0 && cellH_ > 0) {
         int i = (p.y / cellH_) * columns_ + p.x / cellW_;
-        if (i < int(button_->FlyOffs().size())) entry = i;
+        if (i < int(button_->FlyOffs().size()))
+            entry = i;
     }
     if (entry != hot_) {
         hot_ = entry;
@@ -114,16 +120,16 @@ void FlyOffControl::Paint() {
 
 LRESULT FlyOffControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     switch (msg) {
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return 1;
-        case WM_MOUSEACTIVATE:
-            return MA_NOACTIVATE;  // the button's window keeps the activation
-        default:
-            return Default(msg, wParam, lParam);
+    case WM_PAINT:
+        Paint();
+        return 0;
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_MOUSEACTIVATE:
+        return MA_NOACTIVATE; // the button's window keeps the activation
+    default:
+        return Default(msg, wParam, lParam);
     }
 }
 
-}  // namespace hostwin
+} // namespace hostwin

@@ -33,7 +33,8 @@ public:
 
     void AddRef() { ++refs_; }
     void Release() {
-        if (--refs_ == 0) delete this;
+        if (--refs_ == 0)
+            delete this;
     }
     HWND Window() const { return hwnd_; }
 
@@ -53,10 +54,10 @@ protected:
         return DefWindowProcA(hwnd_, msg, wParam, lParam);
     }
 
-    HWND hwnd_;  // the control window; null once it is destroyed
+    HWND hwnd_; // the control window; null once it is destroyed
 
 private:
-    int refs_ = 1;  // the window's own, plus one per interface handed out
+    int refs_ = 1; // the window's own, plus one per interface handed out
 };
 
 /// The object attached to a control window (window extra bytes, slot 0), or null.
@@ -68,10 +69,12 @@ LRESULT CALLBACK ControlWndProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lPara
     ControlObject* self = ObjectOf(hwnd);
     if (msg == WM_NCCREATE) {
         self = new (std::nothrow) T(hwnd);
-        if (!self) return FALSE;  // creation fails rather than a control without state
+        if (!self)
+            return FALSE; // creation fails rather than a control without state
         SetWindowLongPtrA(hwnd, 0, reinterpret_cast<LONG_PTR>(self));
     }
-    if (!self) return DefWindowProcA(hwnd, msg, wParam, lParam);
+    if (!self)
+        return DefWindowProcA(hwnd, msg, wParam, lParam);
     if (msg == WM_NCDESTROY) {
         SetWindowLongPtrA(hwnd, 0, 0);
         LRESULT r = DefWindowProcA(hwnd, msg, wParam, lParam);
@@ -82,11 +85,12 @@ LRESULT CALLBACK ControlWndProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lPara
 }
 
 /// The object of a window of class `cls` with one more reference, or null.
-template <class T>
-T* AcquireControl(HWND hwnd, ControlClass cls) {
-    if (!hwnd || !IsControlClass(hwnd, cls)) return nullptr;
+template <class T> T* AcquireControl(HWND hwnd, ControlClass cls) {
+    if (!hwnd || !IsControlClass(hwnd, cls))
+        return nullptr;
     T* obj = static_cast<T*>(ObjectOf(hwnd));
-    if (obj) obj->AddRef();
+    if (obj)
+        obj->AddRef();
     return obj;
 }
 
@@ -108,8 +112,8 @@ public:
 
 private:
     TOOLINFOA Info(char* text) const;
-    HWND tip_ = nullptr;   // tooltip window, owned
-    HWND tool_ = nullptr;  // the control it describes
+    HWND tip_ = nullptr;  // tooltip window, owned
+    HWND tool_ = nullptr; // the control it describes
 };
 
 /// Copies `text` into `buf` of `size` bytes, always terminated; nothing for size <= 0.
@@ -118,4 +122,4 @@ void CopyText(char* buf, int size, const char* text);
 /// Sends WM_COMMAND(id, code) from `control` to its parent.
 void NotifyParent(HWND control, int code);
 
-}  // namespace hostwin
+} // namespace hostwin

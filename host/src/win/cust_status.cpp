@@ -7,19 +7,22 @@
 namespace hostwin {
 
 void StatusControl::SetText(const char* text) {
-    if (hwnd_) SetWindowTextA(hwnd_, text ? text : "");
+    if (hwnd_)
+        SetWindowTextA(hwnd_, text ? text : "");
 }
 
 void StatusControl::GetText(char* buf, int size) {
     CopyText(buf, size, "");
-    if (hwnd_ && buf && size > 0) GetWindowTextA(hwnd_, buf, size);
+    if (hwnd_ && buf && size > 0)
+        GetWindowTextA(hwnd_, buf, size);
 }
 
 void StatusControl::SetTextFormat(int format) {
     if (format != STATUSTEXT_LEFT && format != STATUSTEXT_CENTERED && format != STATUSTEXT_RIGHT)
         return;
     format_ = format;
-    if (hwnd_) InvalidateRect(hwnd_, nullptr, FALSE);
+    if (hwnd_)
+        InvalidateRect(hwnd_, nullptr, FALSE);
 }
 
 void StatusControl::Paint() {
@@ -47,22 +50,22 @@ void StatusControl::Paint() {
 
 LRESULT StatusControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     switch (msg) {
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return 1;
-        case WM_SETTEXT: {
-            LRESULT r = Default(msg, wParam, lParam);
-            InvalidateRect(hwnd_, nullptr, FALSE);
-            return r;
-        }
-        case WM_DESTROY:
-            tooltip_.Destroy();
-            return 0;
-        default:
-            return Default(msg, wParam, lParam);
+    case WM_PAINT:
+        Paint();
+        return 0;
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_SETTEXT: {
+        LRESULT r = Default(msg, wParam, lParam);
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        return r;
+    }
+    case WM_DESTROY:
+        tooltip_.Destroy();
+        return 0;
+    default:
+        return Default(msg, wParam, lParam);
     }
 }
 
-}  // namespace hostwin
+} // namespace hostwin

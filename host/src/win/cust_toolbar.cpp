@@ -17,37 +17,38 @@ namespace hostwin {
 HWND ToolbarControl::CreateItemWindow(const ToolItem& item) {
     HMENU id = reinterpret_cast<HMENU>(INT_PTR(item.id));
     switch (item.type) {
-        case CTB_PUSHBUTTON:
-        case CTB_CHECKBUTTON: {
-            const auto& b = static_cast<const ToolButtonItem&>(item);
-            HWND w =
-                CreateWindowExA(0, CUSTBUTTON_CLASS, b.label ? b.label : "", WS_CHILD | WS_VISIBLE,
-                                0, 0, b.width, b.height, hwnd_, id, HostInstance(), nullptr);
-            if (auto* button = static_cast<ButtonControl*>(w ? ObjectOf(w) : nullptr)) {
-                button->SetType(item.type == CTB_CHECKBUTTON ? CBT_CHECK : CBT_PUSH);
-                button->SetImage(images_, b.iOutEn, b.iInEn, b.iOutDis, b.iInDis, b.imageWidth,
-                                 b.imageHeight);
-            }
-            return w;
+    case CTB_PUSHBUTTON:
+    case CTB_CHECKBUTTON: {
+        const auto& b = static_cast<const ToolButtonItem&>(item);
+        HWND w = CreateWindowExA(0, CUSTBUTTON_CLASS, b.label ? b.label : "", WS_CHILD | WS_VISIBLE,
+                                 0, 0, b.width, b.height, hwnd_, id, HostInstance(), nullptr);
+        if (auto* button = static_cast<ButtonControl*>(w ? ObjectOf(w) : nullptr)) {
+            button->SetType(item.type == CTB_CHECKBUTTON ? CBT_CHECK : CBT_PUSH);
+            button->SetImage(images_, b.iOutEn, b.iInEn, b.iOutDis, b.iInDis, b.imageWidth,
+                             b.imageHeight);
         }
-        case CTB_STATUS:
-            return CreateWindowExA(0, CUSTSTATUS_CLASS, "", WS_CHILD | WS_VISIBLE, 0, 0, item.width,
-                                   item.height, hwnd_, id, HostInstance(), nullptr);
-        case CTB_OTHER: {
-            const auto& o = static_cast<const ToolOtherItem&>(item);
-            if (!o.className) return nullptr;
-            // Always a child: a pop-up would not move with the toolbar.
-            DWORD style = (o.style & ~DWORD(WS_POPUP)) | WS_CHILD;
-            return CreateWindowExA(0, o.className, o.windowText ? o.windowText : "", style, 0, 0,
-                                   o.width, o.height, hwnd_, id, HostInstance(), nullptr);
-        }
-        default:
-            return nullptr;  // separators have no window
+        return w;
+    }
+    case CTB_STATUS:
+        return CreateWindowExA(0, CUSTSTATUS_CLASS, "", WS_CHILD | WS_VISIBLE, 0, 0, item.width,
+                               item.height, hwnd_, id, HostInstance(), nullptr);
+    case CTB_OTHER: {
+        const auto& o = static_cast<const ToolOtherItem&>(item);
+        if (!o.className)
+            return nullptr;
+        // Always a child: a pop-up would not move with the toolbar.
+        DWORD style = (o.style & ~DWORD(WS_POPUP)) | WS_CHILD;
+        return CreateWindowExA(0, o.className, o.windowText ? o.windowText : "", style, 0, 0,
+                               o.width, o.height, hwnd_, id, HostInstance(), nullptr);
+    }
+    default:
+        return nullptr; // separators have no window
     }
 }
 
 void ToolbarControl::AddTool(const ToolItem& item, int pos) {
-    if (!hwnd_) return;
+    if (!hwnd_)
+        return;
     Item it = {};
     it.type = item.type;
     it.id = item.type == CTB_SEPARATOR ? 0 : item.id;
@@ -56,25 +57,30 @@ void ToolbarControl::AddTool(const ToolItem& item, int pos) {
     it.top = item.type == CTB_OTHER ? static_cast<const ToolOtherItem&>(item).y : -1;
     it.stretch = item.type == CTB_STATUS && !static_cast<const ToolStatusItem&>(item).fixed;
     it.hwnd = CreateItemWindow(item);
-    if (pos < 0 || pos > int(items_.size())) pos = int(items_.size());
+    if (pos < 0 || pos > int(items_.size()))
+        pos = int(items_.size());
     items_.insert(items_.begin() + pos, it);
     Layout();
 }
 
 void ToolbarControl::DeleteTools(int start, int num) {
     int n = int(items_.size());
-    if (start < 0 || start >= n) return;
+    if (start < 0 || start >= n)
+        return;
     int end = num < 0 ? n : std::min(n, start + num);
     for (int i = start; i < end; ++i)
-        if (items_[size_t(i)].hwnd) DestroyWindow(items_[size_t(i)].hwnd);
+        if (items_[size_t(i)].hwnd)
+            DestroyWindow(items_[size_t(i)].hwnd);
     items_.erase(items_.begin() + start, items_.begin() + end);
     Layout();
-    if (hwnd_) InvalidateRect(hwnd_, nullptr, TRUE);
+    if (hwnd_)
+        InvalidateRect(hwnd_, nullptr, TRUE);
 }
 
 void ToolbarControl::SetBottomBorder(BOOL on) {
     bottomBorder_ = on ? TRUE : FALSE;
-    if (hwnd_) InvalidateRect(hwnd_, nullptr, TRUE);
+    if (hwnd_)
+        InvalidateRect(hwnd_, nullptr, TRUE);
 }
 
 int ToolbarControl::GetItemID(int index) {
@@ -87,12 +93,14 @@ int ToolbarControl::GetItemType(int index) {
 
 int ToolbarControl::IndexOfItem(int id) {
     for (size_t i = 0; i < items_.size(); ++i)
-        if (items_[i].id == id && items_[i].type != CTB_SEPARATOR) return int(i);
+        if (items_[i].id == id && items_[i].type != CTB_SEPARATOR)
+            return int(i);
     return -1;
 }
 
 BOOL ToolbarControl::GetItemRect(int index, RECT* rect) {
-    if (!rect || index < 0 || index >= int(items_.size())) return FALSE;
+    if (!rect || index < 0 || index >= int(items_.size()))
+        return FALSE;
     *rect = items_[size_t(index)].rect;
     return TRUE;
 }
@@ -111,7 +119,8 @@ ICustButton* ToolbarControl::GetICustButton(int id) {
 
 ICustStatus* ToolbarControl::GetICustStatus(int id) {
     for (const Item& it : items_)
-        if (it.id == id && it.type == CTB_STATUS) return ::GetICustStatus(it.hwnd);
+        if (it.id == id && it.type == CTB_STATUS)
+            return ::GetICustStatus(it.hwnd);
     return nullptr;
 }
 
@@ -125,12 +134,14 @@ bool ToolbarControl::IsItemWindow(HWND hwnd) const {
 // -------------------------------------------------------------------------------------
 
 void ToolbarControl::Layout() {
-    if (!hwnd_) return;
+    if (!hwnd_)
+        return;
     RECT client;
     GetClientRect(hwnd_, &client);
     int total = 0;
-    for (const Item& it : items_) total += it.width;
-    int spare = std::max(0, int(client.right) - total);  // goes to the first stretching item
+    for (const Item& it : items_)
+        total += it.width;
+    int spare = std::max(0, int(client.right) - total); // goes to the first stretching item
 
     int x = 0;
     for (Item& it : items_) {
@@ -141,7 +152,8 @@ void ToolbarControl::Layout() {
         }
         int top = it.top >= 0 ? it.top : (int(client.bottom) - it.height) / 2;
         it.rect = {x, top, x + w, top + it.height};
-        if (it.hwnd) MoveWindow(it.hwnd, x, top, w, it.height, TRUE);
+        if (it.hwnd)
+            MoveWindow(it.hwnd, x, top, w, it.height, TRUE);
         x += w;
     }
 }
@@ -168,35 +180,36 @@ void ToolbarControl::Paint() {
 
 LRESULT ToolbarControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     switch (msg) {
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return 1;
-        case WM_SIZE:
-            Layout();
-            InvalidateRect(hwnd_, nullptr, FALSE);
-            return 0;
-        case WM_COMMAND:
-        case WM_CUSTEDIT_ENTER:
-        case WM_NEXTDLGCTL:
-            // The items belong to whoever owns the toolbar: pass their messages on.
-            if (HWND parent = GetParent(hwnd_)) return SendMessageA(parent, msg, wParam, lParam);
-            return 0;
-        case WM_NOTIFY: {
-            // Only the items' own notifications; the tooltips talk to the toolbar.
-            auto* hdr = reinterpret_cast<const NMHDR*>(lParam);
-            HWND parent = GetParent(hwnd_);
-            if (hdr && parent && IsItemWindow(hdr->hwndFrom))
-                return SendMessageA(parent, msg, wParam, lParam);
-            return 0;
-        }
-        case WM_DESTROY:
-            items_.clear();  // the item windows die with the toolbar
-            return 0;
-        default:
-            return Default(msg, wParam, lParam);
+    case WM_PAINT:
+        Paint();
+        return 0;
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_SIZE:
+        Layout();
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        return 0;
+    case WM_COMMAND:
+    case WM_CUSTEDIT_ENTER:
+    case WM_NEXTDLGCTL:
+        // The items belong to whoever owns the toolbar: pass their messages on.
+        if (HWND parent = GetParent(hwnd_))
+            return SendMessageA(parent, msg, wParam, lParam);
+        return 0;
+    case WM_NOTIFY: {
+        // Only the items' own notifications; the tooltips talk to the toolbar.
+        auto* hdr = reinterpret_cast<const NMHDR*>(lParam);
+        HWND parent = GetParent(hwnd_);
+        if (hdr && parent && IsItemWindow(hdr->hwndFrom))
+            return SendMessageA(parent, msg, wParam, lParam);
+        return 0;
+    }
+    case WM_DESTROY:
+        items_.clear(); // the item windows die with the toolbar
+        return 0;
+    default:
+        return Default(msg, wParam, lParam);
     }
 }
 
-}  // namespace hostwin
+} // namespace hostwin

@@ -7,7 +7,7 @@
 
 namespace {
 
-int liveCounts[int(GdiKind::Count)] = {};  // per kind: adopted and not yet disposed
+int liveCounts[int(GdiKind::Count)] = {}; // per kind: adopted and not yet disposed
 
 BOOL CALLBACK CountChild(HWND, LPARAM count) {
     ++*reinterpret_cast<int*>(count);
@@ -16,11 +16,11 @@ BOOL CALLBACK CountChild(HWND, LPARAM count) {
 
 BOOL CALLBACK CountTopLevel(HWND hwnd, LPARAM count) {
     ++*reinterpret_cast<int*>(count);
-    EnumChildWindows(hwnd, CountChild, count);  // all descendants, not just children
+    EnumChildWindows(hwnd, CountChild, count); // all descendants, not just children
     return TRUE;
 }
 
-}  // namespace
+} // namespace
 
 int LiveGdiCount(GdiKind kind) {
     int k = int(kind);
@@ -29,7 +29,8 @@ int LiveGdiCount(GdiKind kind) {
 
 int LiveGdiTotal() {
     int total = 0;
-    for (int n : liveCounts) total += n;
+    for (int n : liveCounts)
+        total += n;
     return total;
 }
 
@@ -42,37 +43,42 @@ int CountThreadWindows() {
 namespace gdi_detail {
 
 void Adopt(GdiKind kind, void* handle) {
-    if (handle) ++liveCounts[int(kind)];
+    if (handle)
+        ++liveCounts[int(kind)];
 }
 
 void Dispose(GdiKind kind, void* handle) {
-    if (!handle) return;
+    if (!handle)
+        return;
     switch (kind) {
-        case GdiKind::DC:
-            DeleteDC(static_cast<HDC>(handle));
-            break;
-        case GdiKind::Window:
-            // A window destroyed by its parent or owner meanwhile is simply gone.
-            if (IsWindow(static_cast<HWND>(handle))) DestroyWindow(static_cast<HWND>(handle));
-            break;
-        default:
-            DeleteObject(static_cast<HGDIOBJ>(handle));
-            break;
+    case GdiKind::DC:
+        DeleteDC(static_cast<HDC>(handle));
+        break;
+    case GdiKind::Window:
+        // A window destroyed by its parent or owner meanwhile is simply gone.
+        if (IsWindow(static_cast<HWND>(handle)))
+            DestroyWindow(static_cast<HWND>(handle));
+        break;
+    default:
+        DeleteObject(static_cast<HGDIOBJ>(handle));
+        break;
     }
     --liveCounts[int(kind)];
 }
 
 void Forget(GdiKind kind, void* handle) {
-    if (handle) --liveCounts[int(kind)];
+    if (handle)
+        --liveCounts[int(kind)];
 }
 
-}  // namespace gdi_detail
+} // namespace gdi_detail
 
 SelectedObject::SelectedObject(HDC hdc, HGDIOBJ object)
     : hdc_(hdc), previous_(hdc && object ? SelectObject(hdc, object) : nullptr) {}
 
 SelectedObject::~SelectedObject() {
-    if (hdc_ && previous_) SelectObject(hdc_, previous_);
+    if (hdc_ && previous_)
+        SelectObject(hdc_, previous_);
 }
 
 WindowDC::WindowDC(HWND hwnd) : hwnd_(hwnd), hdc_(GetDC(hwnd)) {
@@ -80,7 +86,8 @@ WindowDC::WindowDC(HWND hwnd) : hwnd_(hwnd), hdc_(GetDC(hwnd)) {
 }
 
 WindowDC::~WindowDC() {
-    if (!hdc_) return;
+    if (!hdc_)
+        return;
     ReleaseDC(hwnd_, hdc_);
     gdi_detail::Forget(GdiKind::DC, hdc_);
 }
@@ -90,12 +97,13 @@ PaintDC::PaintDC(HWND hwnd) : hwnd_(hwnd), ps_(), hdc_(BeginPaint(hwnd, &ps_)) {
 }
 
 PaintDC::~PaintDC() {
-    EndPaint(hwnd_, &ps_);  // also when BeginPaint failed: it validates nothing then
+    EndPaint(hwnd_, &ps_); // also when BeginPaint failed: it validates nothing then
     gdi_detail::Forget(GdiKind::DC, hdc_);
 }
 
 SavedDC::SavedDC(HDC hdc) : hdc_(hdc), saved_(hdc ? SaveDC(hdc) : 0) {}
 
 SavedDC::~SavedDC() {
-    if (hdc_ && saved_) RestoreDC(hdc_, saved_);
+    if (hdc_ && saved_)
+        RestoreDC(hdc_, saved_);
 }

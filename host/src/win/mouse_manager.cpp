@@ -30,20 +30,29 @@ HHOOK callWndHook = nullptr;
 
 int KeyFlags() {
     int f = 0;
-    if (GetKeyState(VK_SHIFT) < 0) f |= MOUSE_SHIFT;
-    if (GetKeyState(VK_CONTROL) < 0) f |= MOUSE_CTRL;
-    if (GetKeyState(VK_MENU) < 0) f |= MOUSE_ALT;
+    if (GetKeyState(VK_SHIFT) < 0)
+        f |= MOUSE_SHIFT;
+    if (GetKeyState(VK_CONTROL) < 0)
+        f |= MOUSE_CTRL;
+    if (GetKeyState(VK_MENU) < 0)
+        f |= MOUSE_ALT;
     return f;
 }
 
 int MouseFlags(WPARAM wParam) {
     int f = 0;
-    if (wParam & MK_SHIFT) f |= MOUSE_SHIFT;
-    if (wParam & MK_CONTROL) f |= MOUSE_CTRL;
-    if (GetKeyState(VK_MENU) < 0) f |= MOUSE_ALT;  // mouse messages carry no Alt bit
-    if (wParam & MK_LBUTTON) f |= MOUSE_LBUTTON;
-    if (wParam & MK_MBUTTON) f |= MOUSE_MBUTTON;
-    if (wParam & MK_RBUTTON) f |= MOUSE_RBUTTON;
+    if (wParam & MK_SHIFT)
+        f |= MOUSE_SHIFT;
+    if (wParam & MK_CONTROL)
+        f |= MOUSE_CTRL;
+    if (GetKeyState(VK_MENU) < 0)
+        f |= MOUSE_ALT; // mouse messages carry no Alt bit
+    if (wParam & MK_LBUTTON)
+        f |= MOUSE_LBUTTON;
+    if (wParam & MK_MBUTTON)
+        f |= MOUSE_MBUTTON;
+    if (wParam & MK_RBUTTON)
+        f |= MOUSE_RBUTTON;
     return f;
 }
 
@@ -54,7 +63,7 @@ LRESULT CALLBACK GetMessageHook(int code, WPARAM wParam, LPARAM lParam) {
         MSG* msg = reinterpret_cast<MSG*>(lParam);
         if (msg->message == WM_KEYDOWN || msg->message == WM_SYSKEYDOWN) {
             if (msg->wParam == VK_ESCAPE) {
-                msg->message = WM_NULL;  // used up: nobody else acts on this Escape
+                msg->message = WM_NULL; // used up: nobody else acts on this Escape
                 hookOwner->AbortFromHook();
             } else {
                 hookOwner->KeyFromHook(int(msg->wParam));
@@ -83,19 +92,23 @@ void InstallHooks(MouseManager* owner) {
     DWORD thread = GetCurrentThreadId();
     if (!getMessageHook)
         getMessageHook = SetWindowsHookExA(WH_GETMESSAGE, GetMessageHook, nullptr, thread);
-    if (!callWndHook) callWndHook = SetWindowsHookExA(WH_CALLWNDPROC, CallWndHook, nullptr, thread);
+    if (!callWndHook)
+        callWndHook = SetWindowsHookExA(WH_CALLWNDPROC, CallWndHook, nullptr, thread);
     hookOwner = owner;
 }
 
 void RemoveHooks(MouseManager* owner) {
-    if (hookOwner != owner) return;
+    if (hookOwner != owner)
+        return;
     hookOwner = nullptr;
-    if (getMessageHook) UnhookWindowsHookEx(getMessageHook);
-    if (callWndHook) UnhookWindowsHookEx(callWndHook);
+    if (getMessageHook)
+        UnhookWindowsHookEx(getMessageHook);
+    if (callWndHook)
+        UnhookWindowsHookEx(callWndHook);
     getMessageHook = callWndHook = nullptr;
 }
 
-}  // namespace
+} // namespace
 
 // -------------------------------------------------------------------------------------
 // [SECTION] Installation
@@ -104,13 +117,17 @@ void RemoveHooks(MouseManager* owner) {
 MouseManager::MouseManager() = default;
 
 MouseManager::~MouseManager() {
-    if (IsActive()) End();  // no MOUSE_ABORT: the modes may be destroyed already
+    if (IsActive())
+        End(); // no MOUSE_ABORT: the modes may be destroyed already
 }
 
 void MouseManager::SetMouseProc(MouseCallBack* proc, int button, int numPoints) {
-    if (button < LEFT_BUTTON || button > RIGHT_BUTTON) return;
-    if (activeButton_ == button) Abort();
-    if (button == RIGHT_BUTTON) pendingRight_ = nullptr;
+    if (button < LEFT_BUTTON || button > RIGHT_BUTTON)
+        return;
+    if (activeButton_ == button)
+        Abort();
+    if (button == RIGHT_BUTTON)
+        pendingRight_ = nullptr;
     slots_[button].proc = proc;
     slots_[button].numPoints = std::max(1, numPoints);
 }
@@ -135,47 +152,50 @@ LRESULT MouseManager::MouseWinProc(MouseManager* manager, HWND hwnd, UINT msg, W
 LRESULT MouseManager::MouseWinProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {
     const IPoint2 m(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
     switch (msg) {
-        case WM_LBUTTONDOWN:
-        case WM_LBUTTONDBLCLK:
-            OnPress(hwnd, LEFT_BUTTON, MouseFlags(wParam), m, msg == WM_LBUTTONDBLCLK);
-            break;
-        case WM_MBUTTONDOWN:
-        case WM_MBUTTONDBLCLK:
-            OnPress(hwnd, MIDDLE_BUTTON, MouseFlags(wParam), m, msg == WM_MBUTTONDBLCLK);
-            break;
-        case WM_RBUTTONDOWN:
-        case WM_RBUTTONDBLCLK:
-            OnPress(hwnd, RIGHT_BUTTON, MouseFlags(wParam), m, msg == WM_RBUTTONDBLCLK);
-            break;
-        case WM_LBUTTONUP:
-            OnRelease(hwnd, LEFT_BUTTON, MouseFlags(wParam), m);
-            break;
-        case WM_MBUTTONUP:
-            OnRelease(hwnd, MIDDLE_BUTTON, MouseFlags(wParam), m);
-            break;
-        case WM_RBUTTONUP:
-            OnRelease(hwnd, RIGHT_BUTTON, MouseFlags(wParam), m);
-            break;
-        case WM_MOUSEMOVE:
-            OnMove(hwnd, MouseFlags(wParam), m);
-            break;
-        case WM_CAPTURECHANGED:
-            if (IsActive() && hwnd == window_ && reinterpret_cast<HWND>(lParam) != hwnd) Abort();
-            break;
-        case WM_CANCELMODE:
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONDBLCLK:
+        OnPress(hwnd, LEFT_BUTTON, MouseFlags(wParam), m, msg == WM_LBUTTONDBLCLK);
+        break;
+    case WM_MBUTTONDOWN:
+    case WM_MBUTTONDBLCLK:
+        OnPress(hwnd, MIDDLE_BUTTON, MouseFlags(wParam), m, msg == WM_MBUTTONDBLCLK);
+        break;
+    case WM_RBUTTONDOWN:
+    case WM_RBUTTONDBLCLK:
+        OnPress(hwnd, RIGHT_BUTTON, MouseFlags(wParam), m, msg == WM_RBUTTONDBLCLK);
+        break;
+    case WM_LBUTTONUP:
+        OnRelease(hwnd, LEFT_BUTTON, MouseFlags(wParam), m);
+        break;
+    case WM_MBUTTONUP:
+        OnRelease(hwnd, MIDDLE_BUTTON, MouseFlags(wParam), m);
+        break;
+    case WM_RBUTTONUP:
+        OnRelease(hwnd, RIGHT_BUTTON, MouseFlags(wParam), m);
+        break;
+    case WM_MOUSEMOVE:
+        OnMove(hwnd, MouseFlags(wParam), m);
+        break;
+    case WM_CAPTURECHANGED:
+        if (IsActive() && hwnd == window_ && reinterpret_cast<HWND>(lParam) != hwnd)
             Abort();
-            break;
-        case WM_KEYDOWN:
-            if (wParam == VK_ESCAPE) Abort();
-            break;
-        default:
-            break;
+        break;
+    case WM_CANCELMODE:
+        Abort();
+        break;
+    case WM_KEYDOWN:
+        if (wParam == VK_ESCAPE)
+            Abort();
+        break;
+    default:
+        break;
     }
     return 0;
 }
 
 void MouseManager::OnPress(HWND hwnd, int button, int flags, IPoint2 m, bool doubleClick) {
-    if (button != RIGHT_BUTTON) pendingRight_ = nullptr;
+    if (button != RIGHT_BUTTON)
+        pendingRight_ = nullptr;
     if (IsActive()) {
         if (button == activeButton_) {
             // Points after the first release are placed by presses.
@@ -193,16 +213,18 @@ void MouseManager::OnPress(HWND hwnd, int button, int flags, IPoint2 m, bool dou
     }
     swallowUntilUp_[button] = false;
     MouseCallBack* proc = slots_[button].proc;
-    if (!proc) return;
+    if (!proc)
+        return;
     if (doubleClick) {
         unsigned generation = generation_;
         proc->proc(hwnd, MOUSE_DBLCLICK, 0, flags, m);
         proc = slots_[button].proc;
-        if (generation != generation_ || IsActive() || !proc) return;
+        if (generation != generation_ || IsActive() || !proc)
+            return;
     }
     const int points = std::max(1, proc->override(slots_[button].numPoints));
     if (button == RIGHT_BUTTON && points == 1) {
-        pendingRight_ = hwnd;  // the property click comes with the release
+        pendingRight_ = hwnd; // the property click comes with the release
         return;
     }
     if (points == 1) {
@@ -231,7 +253,8 @@ void MouseManager::OnRelease(HWND hwnd, int button, int flags, IPoint2 m) {
         bool here = pendingRight_ == hwnd;
         pendingRight_ = nullptr;
         MouseCallBack* proc = slots_[RIGHT_BUTTON].proc;
-        if (here && proc && !IsActive()) proc->proc(hwnd, MOUSE_PROPCLICK, 0, flags, m);
+        if (here && proc && !IsActive())
+            proc->proc(hwnd, MOUSE_PROPCLICK, 0, flags, m);
         return;
     }
     // Only the first release places a point; later points come with presses.
@@ -243,11 +266,13 @@ void MouseManager::OnRelease(HWND hwnd, int button, int flags, IPoint2 m) {
 
 void MouseManager::OnMove(HWND hwnd, int flags, IPoint2 m) {
     if (IsActive()) {
-        if (hwnd != window_) return;
+        if (hwnd != window_)
+            return;
         last_ = m;
         unsigned generation = generation_;
         int go = Deliver(MOUSE_MOVE, point_, flags, m);
-        if (generation == generation_ && !go) End();
+        if (generation == generation_ && !go)
+            End();
         return;
     }
     if (MouseCallBack* proc = slots_[LEFT_BUTTON].proc)
@@ -266,7 +291,8 @@ int MouseManager::Deliver(int msg, int point, int flags, IPoint2 m) {
 void MouseManager::Place(int flags, IPoint2 m) {
     unsigned generation = generation_;
     int go = Deliver(MOUSE_POINT, point_, flags, m);
-    if (generation != generation_) return;  // the mode ended or replaced the gesture
+    if (generation != generation_)
+        return; // the mode ended or replaced the gesture
     if (!go || point_ + 1 >= activePoints_)
         End();
     else
@@ -280,28 +306,34 @@ void MouseManager::End() {
     ++generation_;
     RemoveHooks(this);
     // Idle before the release: the WM_CAPTURECHANGED it sends must not read as a loss.
-    if (w && GetCapture() == w) ReleaseCapture();
+    if (w && GetCapture() == w)
+        ReleaseCapture();
 }
 
 void MouseManager::Abort() {
-    if (!IsActive()) return;
+    if (!IsActive())
+        return;
     MouseCallBack* proc = slots_[activeButton_].proc;
     HWND w = window_;
     int point = point_;
     IPoint2 m = last_;
     End();
-    if (proc) proc->proc(w, MOUSE_ABORT, point, KeyFlags(), m);
+    if (proc)
+        proc->proc(w, MOUSE_ABORT, point, KeyFlags(), m);
 }
 
 void MouseManager::AbortFromHook() { Abort(); }
 
 void MouseManager::KeyFromHook(int virtualKey) {
-    if (IsActive()) Deliver(MOUSE_KEYBOARD, virtualKey, KeyFlags(), last_);
+    if (IsActive())
+        Deliver(MOUSE_KEYBOARD, virtualKey, KeyFlags(), last_);
 }
 
 void MouseManager::Pan(IPoint2 offset) {
-    if (!IsActive()) return;
+    if (!IsActive())
+        return;
     press_ = press_ + offset;
     last_ = last_ + offset;
-    if (MouseCallBack* proc = slots_[activeButton_].proc) proc->pan(offset);
+    if (MouseCallBack* proc = slots_[activeButton_].proc)
+        proc->pan(offset);
 }

@@ -20,31 +20,37 @@ public:
         Allocate();
     }
     ~OffScreenBuf() {
-        if (dc_ && original_) SelectObject(dc_.get(), original_);  // before the bitmap goes
+        if (dc_ && original_)
+            SelectObject(dc_.get(), original_); // before the bitmap goes
     }
 
     HDC GetDC() override { return dc_.get(); }
 
     void Erase(const RECT* rect) override {
-        if (!dc_) return;
+        if (!dc_)
+            return;
         RECT all = {0, 0, width_, height_};
         SetDCBrushColor(dc_.get(), bk_);
         FillRect(dc_.get(), rect ? rect : &all, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
     }
 
     void Blit(const RECT* rect) override {
-        if (!dc_ || !IsWindow(hwnd_)) return;
+        if (!dc_ || !IsWindow(hwnd_))
+            return;
         RECT r = rect ? *rect : RECT{0, 0, width_, height_};
         WindowDC screen(hwnd_);
-        if (!screen.get()) return;
+        if (!screen.get())
+            return;
         BitBlt(screen.get(), r.left, r.top, r.right - r.left, r.bottom - r.top, dc_.get(), r.left,
                r.top, SRCCOPY);
     }
 
     void Resize() override {
         RECT rc = {};
-        if (IsWindow(hwnd_)) GetClientRect(hwnd_, &rc);
-        if (std::max(1, int(rc.right)) == width_ && std::max(1, int(rc.bottom)) == height_) return;
+        if (IsWindow(hwnd_))
+            GetClientRect(hwnd_, &rc);
+        if (std::max(1, int(rc.right)) == width_ && std::max(1, int(rc.bottom)) == height_)
+            return;
         Allocate();
     }
 
@@ -57,9 +63,11 @@ private:
     // A new bitmap of the current client size (at least 1 x 1, so the DC always has a
     // real surface), erased to the background.
     void Allocate() {
-        if (!dc_) return;
+        if (!dc_)
+            return;
         RECT rc = {};
-        if (IsWindow(hwnd_)) GetClientRect(hwnd_, &rc);
+        if (IsWindow(hwnd_))
+            GetClientRect(hwnd_, &rc);
         width_ = std::max(1, int(rc.right));
         height_ = std::max(1, int(rc.bottom));
         GdiBitmap fresh;
@@ -67,25 +75,28 @@ private:
             WindowDC screen(hwnd_);
             fresh.reset(CreateCompatibleBitmap(screen.get(), width_, height_));
         }
-        if (!fresh) return;
+        if (!fresh)
+            return;
         HGDIOBJ previous = SelectObject(dc_.get(), fresh.get());
-        if (!original_) original_ = previous;  // the DC's own 1 x 1 bitmap
-        bitmap_ = std::move(fresh);            // the old bitmap is deselected: delete it
+        if (!original_)
+            original_ = previous;   // the DC's own 1 x 1 bitmap
+        bitmap_ = std::move(fresh); // the old bitmap is deselected: delete it
         Erase(nullptr);
     }
 
-    HWND hwnd_;                   // the window whose client area is buffered
-    MemoryDC dc_;                 // owned
-    GdiBitmap bitmap_;            // owned, selected into dc_
-    HGDIOBJ original_ = nullptr;  // the DC's initial bitmap, selected back at the end
-    int width_ = 0, height_ = 0;  // bitmap size
+    HWND hwnd_;                  // the window whose client area is buffered
+    MemoryDC dc_;                // owned
+    GdiBitmap bitmap_;           // owned, selected into dc_
+    HGDIOBJ original_ = nullptr; // the DC's initial bitmap, selected back at the end
+    int width_ = 0, height_ = 0; // bitmap size
     COLORREF bk_ = RGB(255, 255, 255);
 };
 
-}  // namespace
+} // namespace
 
 IOffScreenBuf* CreateIOffScreenBuf(HWND hwnd) {
-    if (!hwnd || !IsWindow(hwnd)) return nullptr;
+    if (!hwnd || !IsWindow(hwnd))
+        return nullptr;
     auto* buf = new (std::nothrow) OffScreenBuf(hwnd);
     if (buf && !buf->GetDC()) {
         delete buf;
