@@ -26,7 +26,7 @@ struct ShapeHolder {
     ~ShapeHolder() { shape->MaybeAutoDelete(); }
 };
 
-}  // namespace
+} // namespace
 
 TEST_CASE("a new spline has no knots and no segments") {
     BezierShape shape;
@@ -46,7 +46,8 @@ TEST_CASE("AddKnot appends by default and inserts before an index") {
     CHECK(sp.AddKnot(corner(1, 0), 1) == 1);
     CHECK(sp.AddKnot(corner(3, 0), 99) == 3);
     REQUIRE(sp.KnotCount() == 4);
-    for (int i = 0; i < 4; ++i) CHECK(sp.GetKnot(i).Knot().x == float(i));
+    for (int i = 0; i < 4; ++i)
+        CHECK(sp.GetKnot(i).Knot().x == float(i));
     CHECK(sp.Segments() == 3);
     sp.SetClosed(TRUE);
     CHECK(sp.Segments() == 4);
@@ -67,13 +68,14 @@ TEST_CASE("knot access out of range changes nothing") {
 TEST_CASE("corner knots on a curve segment give a straight line") {
     Spline3D sp;
     // Vectors given away from the knot are dropped: a corner has no handles.
-    sp.AddKnot(SplineKnot(KTYPE_CORNER, LTYPE_CURVE, P(0, 0, 0), P(-1, 5, 0),
-                          P(1, 5, 0)));
+    sp.AddKnot(SplineKnot(KTYPE_CORNER, LTYPE_CURVE, P(0, 0, 0), P(-1, 5, 0), P(1, 5, 0)));
     sp.AddKnot(corner(1, 0));
     sp.ComputeBezPoints();
     REQUIRE(sp.BezPointCount() == 6);
-    for (int i = 0; i < 3; ++i) CHECK(sp.GetBezPoint(i) == P(0, 0, 0));
-    for (int i = 3; i < 6; ++i) CHECK(sp.GetBezPoint(i) == P(1, 0, 0));
+    for (int i = 0; i < 3; ++i)
+        CHECK(sp.GetBezPoint(i) == P(0, 0, 0));
+    for (int i = 3; i < 6; ++i)
+        CHECK(sp.GetBezPoint(i) == P(1, 0, 0));
     CHECK(near(sp.InterpBezier3D(0, 0.5f), P(0.5f, 0, 0)));
     CHECK(sp.GetKnot(0).OutVec() == P(0, 0, 0));
 }
@@ -98,12 +100,10 @@ TEST_CASE("auto knots get smooth vectors a third of the way to each neighbour") 
 
 TEST_CASE("a line segment pulls its inner control points onto its ends") {
     Spline3D sp;
-    sp.AddKnot(SplineKnot(KTYPE_BEZIER, LTYPE_LINE, P(0, 0, 0), P(-1, 0, 0),
-                          P(0, 3, 0)));
-    sp.AddKnot(SplineKnot(KTYPE_BEZIER, LTYPE_CURVE, P(2, 0, 0), P(2, 3, 0),
-                          P(3, 0, 0)));
+    sp.AddKnot(SplineKnot(KTYPE_BEZIER, LTYPE_LINE, P(0, 0, 0), P(-1, 0, 0), P(0, 3, 0)));
+    sp.AddKnot(SplineKnot(KTYPE_BEZIER, LTYPE_CURVE, P(2, 0, 0), P(2, 3, 0), P(3, 0, 0)));
     sp.ComputeBezPoints();
-    CHECK(sp.GetKnot(0).InVec() == P(-1, 0, 0));  // not on the segment: kept
+    CHECK(sp.GetKnot(0).InVec() == P(-1, 0, 0)); // not on the segment: kept
     CHECK(sp.GetKnot(0).OutVec() == P(0, 0, 0));
     CHECK(sp.GetKnot(1).InVec() == P(2, 0, 0));
     CHECK(sp.GetKnot(1).OutVec() == P(3, 0, 0));
@@ -162,7 +162,8 @@ TEST_CASE("deleting a spline moves the later selections down") {
     BezierShape shape;
     for (int s = 0; s < 3; ++s) {
         Spline3D* sp = shape.NewSpline();
-        for (int k = 0; k <= s; ++k) sp->AddKnot(corner(float(k), 0));
+        for (int k = 0; k <= s; ++k)
+            sp->AddKnot(corner(float(k), 0));
     }
     shape.UpdateSels();
     shape.PolySel().Set(2);
@@ -197,10 +198,9 @@ TEST_CASE("a spline shape object names its class and keeps derived bounds until 
     CHECK(obj.ClassID() == SPLINE_SHAPE_CLASS_ID);
 
     Point3 lo, hi;
-    CHECK_FALSE(obj.GetBounds(lo, hi));  // no knots
+    CHECK_FALSE(obj.GetBounds(lo, hi)); // no knots
     Spline3D* sp = obj.shape.NewSpline();
-    sp->AddKnot(SplineKnot(KTYPE_BEZIER_CORNER, LTYPE_CURVE, P(0, 0, 0), P(-1, 0, 0),
-                           P(0, 2, 0)));
+    sp->AddKnot(SplineKnot(KTYPE_BEZIER_CORNER, LTYPE_CURVE, P(0, 0, 0), P(-1, 0, 0), P(0, 2, 0)));
     sp->AddKnot(corner(3, 1));
     // Still the answer of the empty shape: the cache holds until invalidated.
     CHECK(obj.GeomCacheValid());
@@ -208,7 +208,7 @@ TEST_CASE("a spline shape object names its class and keeps derived bounds until 
     obj.InvalidateGeomCache();
     CHECK_FALSE(obj.GeomCacheValid());
     REQUIRE(obj.GetBounds(lo, hi));
-    CHECK(lo == P(-1, 0, 0));  // handles count
+    CHECK(lo == P(-1, 0, 0)); // handles count
     CHECK(hi == P(3, 2, 0));
     CHECK(obj.GeomCacheValid());
 }

@@ -21,10 +21,10 @@
 
 /// @name Knot types (SplineKnot::Ktype)
 /// @{
-#define KTYPE_AUTO 0           // smooth vectors derived from the neighbours
-#define KTYPE_CORNER 1         // no vectors: both sit on the knot point
-#define KTYPE_BEZIER 2         // vectors as given, kept in line by editing tools
-#define KTYPE_BEZIER_CORNER 3  // vectors as given, independent
+#define KTYPE_AUTO 0          // smooth vectors derived from the neighbours
+#define KTYPE_CORNER 1        // no vectors: both sit on the knot point
+#define KTYPE_BEZIER 2        // vectors as given, kept in line by editing tools
+#define KTYPE_BEZIER_CORNER 3 // vectors as given, independent
 /// @}
 
 /// @name Line types (SplineKnot::Ltype): the segment that leaves the knot
@@ -52,11 +52,11 @@ public:
     void SetOutVec(const Point3& p) { outVec_ = p; }
 
 private:
-    int ktype_ = KTYPE_CORNER;  // KTYPE_...
-    int ltype_ = LTYPE_CURVE;   // LTYPE_... of the segment leaving this knot
-    Point3 point_;              // the knot itself
-    Point3 inVec_;              // absolute position of the in-handle
-    Point3 outVec_;             // absolute position of the out-handle
+    int ktype_ = KTYPE_CORNER; // KTYPE_...
+    int ltype_ = LTYPE_CURVE;  // LTYPE_... of the segment leaving this knot
+    Point3 point_;             // the knot itself
+    Point3 inVec_;             // absolute position of the in-handle
+    Point3 outVec_;            // absolute position of the out-handle
 };
 
 /// One spline: knots in order, open or closed. Segment i runs from knot i to knot i + 1
@@ -100,10 +100,10 @@ public:
     Point3 InterpBezier3D(int seg, float t);
 
 private:
-    std::vector<SplineKnot> knots_;   // in spline order
-    std::vector<Point3> bezPoints_;   // 3 per knot once computed
-    bool closed_ = false;             // the last segment returns to knot 0
-    bool bezValid_ = false;           // bezPoints_ matches knots_
+    std::vector<SplineKnot> knots_; // in spline order
+    std::vector<Point3> bezPoints_; // 3 per knot once computed
+    bool closed_ = false;           // the last segment returns to knot 0
+    bool bezValid_ = false;         // bezPoints_ matches knots_
 };
 
 /// A set of splines with the selection sets the host's shape tools edit: per spline one
@@ -139,11 +139,11 @@ public:
     void ComputeBezPoints();
 
 private:
-    std::vector<Spline3D*> splines_;   // owned
-    std::vector<BitArray> vertSel_;    // per spline: 3 bits per knot
-    std::vector<BitArray> segSel_;     // per spline: one bit per segment
-    BitArray polySel_;                 // one bit per spline
-    BitArray none_;                    // answer for out-of-range selection queries
+    std::vector<Spline3D*> splines_; // owned
+    std::vector<BitArray> vertSel_;  // per spline: 3 bits per knot
+    std::vector<BitArray> segSel_;   // per spline: one bit per segment
+    BitArray polySel_;               // one bit per spline
+    BitArray none_;                  // answer for out-of-range selection queries
 };
 
 /// The host's editable spline object.
@@ -165,10 +165,10 @@ public:
     /// shape without knots. Derived once per InvalidateGeomCache.
     BOOL GetBounds(Point3& lo, Point3& hi);
 
-    BezierShape shape;  // the splines
+    BezierShape shape; // the splines
 
 private:
-    bool geomValid_ = false;  // lo_/hi_/hasGeom_ were derived from the current shape
-    bool hasGeom_ = false;    // the shape had at least one Bezier point
-    Point3 lo_, hi_;          // cached bounds
+    bool geomValid_ = false; // lo_/hi_/hasGeom_ were derived from the current shape
+    bool hasGeom_ = false;   // the shape had at least one Bezier point
+    Point3 lo_, hi_;         // cached bounds
 };

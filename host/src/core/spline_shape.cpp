@@ -15,7 +15,7 @@ Point3 unit(const Point3& d) {
     return l == 0.0f ? Point3() : d * (1.0f / l);
 }
 
-}  // namespace
+} // namespace
 
 // ---------------------------------------------------------------------------------------
 // Spline3D
@@ -28,26 +28,30 @@ Spline3D& Spline3D::operator=(const Spline3D& s) = default;
 int Spline3D::KnotCount() const { return int(knots_.size()); }
 
 int Spline3D::AddKnot(const SplineKnot& k, int where) {
-    if (where < 0 || where > KnotCount()) where = KnotCount();
+    if (where < 0 || where > KnotCount())
+        where = KnotCount();
     knots_.insert(knots_.begin() + where, k);
     bezValid_ = false;
     return where;
 }
 
 BOOL Spline3D::DeleteKnot(int i) {
-    if (i < 0 || i >= KnotCount()) return FALSE;
+    if (i < 0 || i >= KnotCount())
+        return FALSE;
     knots_.erase(knots_.begin() + i);
     bezValid_ = false;
     return TRUE;
 }
 
 SplineKnot Spline3D::GetKnot(int i) const {
-    if (i < 0 || i >= KnotCount()) return SplineKnot();
+    if (i < 0 || i >= KnotCount())
+        return SplineKnot();
     return knots_[i];
 }
 
 BOOL Spline3D::SetKnot(int i, const SplineKnot& k) {
-    if (i < 0 || i >= KnotCount()) return FALSE;
+    if (i < 0 || i >= KnotCount())
+        return FALSE;
     knots_[i] = k;
     bezValid_ = false;
     return TRUE;
@@ -62,7 +66,8 @@ void Spline3D::SetClosed(BOOL closed) {
 
 int Spline3D::Segments() const {
     const int n = KnotCount();
-    if (n == 0) return 0;
+    if (n == 0)
+        return 0;
     return closed_ ? n : n - 1;
 }
 
@@ -87,7 +92,7 @@ void Spline3D::ComputeBezPoints() {
         case KTYPE_BEZIER:
         case KTYPE_BEZIER_CORNER:
             break;
-        default:  // KTYPE_CORNER and unknown types: no handles
+        default: // KTYPE_CORNER and unknown types: no handles
             k.SetInVec(p);
             k.SetOutVec(p);
             break;
@@ -96,7 +101,8 @@ void Spline3D::ComputeBezPoints() {
     // A straight segment has its control points on its ends.
     for (int seg = 0; seg < Segments(); ++seg) {
         SplineKnot& a = knots_[seg];
-        if (a.Ltype() != LTYPE_LINE) continue;
+        if (a.Ltype() != LTYPE_LINE)
+            continue;
         SplineKnot& b = knots_[(seg + 1) % n];
         a.SetOutVec(a.Knot());
         b.SetInVec(b.Knot());
@@ -115,13 +121,16 @@ BOOL Spline3D::BezPointsValid() const { return bezValid_; }
 int Spline3D::BezPointCount() const { return int(bezPoints_.size()); }
 
 Point3 Spline3D::GetBezPoint(int i) const {
-    if (i < 0 || i >= BezPointCount()) return Point3();
+    if (i < 0 || i >= BezPointCount())
+        return Point3();
     return bezPoints_[i];
 }
 
 Point3 Spline3D::InterpBezier3D(int seg, float t) {
-    if (seg < 0 || seg >= Segments()) return Point3();
-    if (!bezValid_) ComputeBezPoints();
+    if (seg < 0 || seg >= Segments())
+        return Point3();
+    if (!bezValid_)
+        ComputeBezPoints();
     const int n = KnotCount();
     const Point3 p0 = bezPoints_[3 * seg + 1];
     const Point3 p1 = bezPoints_[3 * seg + 2];
@@ -141,9 +150,11 @@ BezierShape::~BezierShape() { NewShape(); }
 BezierShape::BezierShape(const BezierShape& s) { *this = s; }
 
 BezierShape& BezierShape::operator=(const BezierShape& s) {
-    if (this == &s) return *this;
+    if (this == &s)
+        return *this;
     NewShape();
-    for (const Spline3D* sp : s.splines_) splines_.push_back(new Spline3D(*sp));
+    for (const Spline3D* sp : s.splines_)
+        splines_.push_back(new Spline3D(*sp));
     vertSel_ = s.vertSel_;
     segSel_ = s.segSel_;
     polySel_ = s.polySel_;
@@ -151,7 +162,8 @@ BezierShape& BezierShape::operator=(const BezierShape& s) {
 }
 
 void BezierShape::NewShape() {
-    for (Spline3D* sp : splines_) delete sp;
+    for (Spline3D* sp : splines_)
+        delete sp;
     splines_.clear();
     vertSel_.clear();
     segSel_.clear();
@@ -174,14 +186,18 @@ const Spline3D* BezierShape::GetSpline(int i) const {
 }
 
 BOOL BezierShape::DeleteSpline(int i) {
-    if (i < 0 || i >= SplineCount()) return FALSE;
+    if (i < 0 || i >= SplineCount())
+        return FALSE;
     delete splines_[i];
     splines_.erase(splines_.begin() + i);
     // The selections of the later splines move down with them.
-    if (i < int(vertSel_.size())) vertSel_.erase(vertSel_.begin() + i);
-    if (i < int(segSel_.size())) segSel_.erase(segSel_.begin() + i);
+    if (i < int(vertSel_.size()))
+        vertSel_.erase(vertSel_.begin() + i);
+    if (i < int(segSel_.size()))
+        segSel_.erase(segSel_.begin() + i);
     BitArray poly(SplineCount());
-    for (int j = 0; j < SplineCount(); ++j) poly.Set(j, polySel_[j < i ? j : j + 1]);
+    for (int j = 0; j < SplineCount(); ++j)
+        poly.Set(j, polySel_[j < i ? j : j + 1]);
     polySel_ = poly;
     return TRUE;
 }
@@ -216,7 +232,8 @@ BitArray& BezierShape::SegSel(int spline) {
 BitArray& BezierShape::PolySel() { return polySel_; }
 
 void BezierShape::ComputeBezPoints() {
-    for (Spline3D* sp : splines_) sp->ComputeBezPoints();
+    for (Spline3D* sp : splines_)
+        sp->ComputeBezPoints();
 }
 
 // ---------------------------------------------------------------------------------------
@@ -241,7 +258,8 @@ BOOL SplineShape::GetBounds(Point3& lo, Point3& hi) {
         hasGeom_ = false;
         for (int s = 0; s < shape.SplineCount(); ++s) {
             Spline3D* sp = shape.GetSpline(s);
-            if (!sp->BezPointsValid()) sp->ComputeBezPoints();
+            if (!sp->BezPointsValid())
+                sp->ComputeBezPoints();
             for (int i = 0; i < sp->BezPointCount(); ++i) {
                 const Point3 p = sp->GetBezPoint(i);
                 if (!hasGeom_) {
@@ -255,7 +273,8 @@ BOOL SplineShape::GetBounds(Point3& lo, Point3& hi) {
         }
         geomValid_ = true;
     }
-    if (!hasGeom_) return FALSE;
+    if (!hasGeom_)
+        return FALSE;
     lo = lo_;
     hi = hi_;
     return TRUE;
