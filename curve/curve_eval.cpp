@@ -490,10 +490,10 @@ float Curve::ValueAt(TimeValue t, float x, Interval& valid, BOOL useLookup) {
         }
     }
 
-    r.Count(1); // the segment solve tests the cache
     const int i = findSegment(*s, x);
     if (i < 0)
         return 0.0f; // points out of order leave x in no segment
+    r.Count(1);      // the segment solve tests the cache
     return solveSegment(segmentOf(*s, i), x, 0);
 }
 
