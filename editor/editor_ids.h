@@ -1,0 +1,47 @@
+// Command ids of the editor's toolbars and commands. Clients and tests send some of them
+// (ZoomExtents sends 1035, the Delete key 420), so the numbers are fixed.
+#pragma once
+
+namespace editor_id {
+
+// Edit toolbar (top)
+constexpr int kMove = 400;
+constexpr int kScale = 401;
+constexpr int kAddPoint = 402;
+constexpr int kMirror0 = 403; // mirror displayed curves, direction 0
+constexpr int kMirror1 = 404; // direction 1
+constexpr int kRefit0 = 406;  // refit under the aspect lock, direction 0
+constexpr int kRefit1 = 407;  // direction 1
+constexpr int kDeletePoint = 420;
+constexpr int kCurveButton = 500; // 500 + i: display toggle of curve i (up to 599)
+constexpr int kCurveButtonLast = 599;
+constexpr int kResetCurves = 660;
+constexpr int kHostCommandMode = 670; // the host's own command mode as an edit mode
+constexpr int kGeneratePath = 680;
+constexpr int kNotifyChanged = 690;
+constexpr int kWholeCurveCommand = 1110;
+
+// View toolbar (bottom)
+constexpr int kStatus = 1000;
+constexpr int kZoomVertically = 1010;
+constexpr int kZoomHorizontally = 1015;
+constexpr int kZoomRegion = 1020;
+constexpr int kPan = 1030;
+constexpr int kZoomExtents = 1035;
+constexpr int kZoomVerticalExtents = 1040;
+constexpr int kZoomHorizontalExtents = 1050;
+constexpr int kXEntry = 1070;
+constexpr int kYEntry = 1080;
+constexpr int kZoom = 1090;
+
+} // namespace editor_id
+
+/// View modes of the editor (SetViewMode); -1 is none.
+enum EditorViewMode {
+    kViewNone = -1,
+    kViewPan = 0,
+    kViewZoomHorizontal = 1,
+    kViewZoomVertical = 2,
+    kViewZoomRegion = 3,
+    kViewZoom = 4,
+};

@@ -1,0 +1,111 @@
+// The editor's mouse modes: one object of each lives in every CurveCtlWindow
+// (MouseModeSet) and is installed on its MouseManager as the edit and view modes change.
+//
+//   DeformMouseProc            clicking, selecting and region boxes; hands drags to its
+//                              sub-mode (move, scale or insert)
+//   DeformMoveMouseProc        drags the selected points or the hit handles
+//   DeformScaleMouseProc       scales the y of the selected points
+//   DeformInsertMouseProc      inserts points where the curve is clicked
+//   DeformRightMouseProc       the point context menu on a right click
+//   DeformPanMouseProc         pans the view
+//   DeformZoomMouseProc        the three zoom view modes
+//   DeformZoomRegionMouseProc  zooms to a dragged box
+//   DeformDummyMouseProc       the left button's mode while none applies: does nothing
+//
+// Each holds a back pointer to its window; the window sets it during Init, before any
+// mode is installed, and outlives them.
+#pragma once
+
+#include "host/geom.h"
+#include "host/mouse_manager.h"
+
+class CurveCtlWindow;
+
+/// Selection and the press/drag/release bookkeeping shared by the editing modes.
+class DeformMouseProc : public MouseCallBack {
+public:
+    CurveCtlWindow* window = nullptr; // not owned
+    MouseCallBack* subMode = nullptr; // the editing mode drags go to; not owned
+    int dragging = 0;                 // moved more than 2 pixels since the press
+    int pendingSelect = 0;            // the press hit a selected point, no modifiers
+    int region = 0;                   // the press started a region box
+    int add = 0;                      // Ctrl at the press
+    int clearOnRelease = 0;           // a click on empty space clears the selection
+    IPoint2 pressPoint;               // where the press was
+    IPoint2 lastPoint;                // where the last move was
+};
+
+/// Installed on the left button while no edit or view mode applies.
+class DeformDummyMouseProc : public DeformMouseProc {
+public:
+    int proc(HWND, int, int, int, IPoint2) override { return 1; }
+};
+
+class DeformPanMouseProc : public DeformMouseProc {
+public:
+    IPoint2 start;   // press point
+    int startX0 = 0; // horizontal offset at the press
+    int startY0 = 0; // vertical offset at the press
+};
+
+class DeformZoomMouseProc : public DeformMouseProc {
+public:
+    IPoint2 start;         // press point
+    float startYScale = 0; // y scale at the press
+    float startXScale = 0; // x scale at the press
+    int startY0 = 0;       // vertical offset at the press
+    int startX0 = 0;       // horizontal offset at the press
+    Point2 anchor;         // curve point that stays under the same pixel
+};
+
+class DeformZoomRegionMouseProc : public DeformMouseProc {
+public:
+    IPoint2 start;    // press point
+    IPoint2 previous; // opposite corner of the box drawn last
+};
+
+class DeformMoveMouseProc : public MouseCallBack {
+public:
+    CurveCtlWindow* window = nullptr; // not owned
+    IPoint2 press;                    // press point
+    int breakTangent = 0;             // latched for the rest of a handle drag
+};
+
+class DeformScaleMouseProc : public MouseCallBack {
+public:
+    CurveCtlWindow* window = nullptr; // not owned
+    IPoint2 press;                    // press point
+    float pressHeight = 0;            // curve height under the press
+};
+
+class DeformInsertMouseProc : public MouseCallBack {
+public:
+    CurveCtlWindow* window = nullptr; // not owned
+};
+
+class DeformRightMouseProc : public MouseCallBack {
+public:
+    CurveCtlWindow* window = nullptr; // not owned
+};
+
+/// One of each mode, as a CurveCtlWindow holds them.
+struct MouseModeSet {
+    DeformMouseProc base;
+    DeformZoomMouseProc zoom;
+    DeformZoomRegionMouseProc zoomRegion;
+    DeformPanMouseProc pan;
+    DeformRightMouseProc right;
+    DeformMoveMouseProc move;
+    DeformScaleMouseProc scale;
+    DeformInsertMouseProc insert;
+    DeformDummyMouseProc dummy;
+
+    /// Points every mode back at `w`.
+    void SetWindow(CurveCtlWindow* w) {
+        base.window = zoom.window = zoomRegion.window = pan.window = dummy.window = w;
+        right.window = w;
+        move.window = w;
+        scale.window = w;
+        insert.window = w;
+    }
+};
