@@ -172,7 +172,7 @@ void CurveControl::DeleteCurve(int i) {
     }
     if (suspended) theHold.Resume();
     if (snapshot) {
-        if (theHold.Holding()) theHold.Put(new DeleteCurveRestore(this, snapshot));
+        if (theHold.Holding()) theHold.Put(new DeleteCurveRestore(this, snapshot, i));
         releaseSnapshot(snapshot);
     }
 }

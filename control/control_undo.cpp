@@ -1,5 +1,7 @@
 #include "control/control_undo.h"
 
+#include <algorithm>
+
 ControlRestoreBase::ControlRestoreBase(CurveControl* control) : control_(control) {
     control_->HoldPin();
 }
@@ -18,7 +20,8 @@ DeleteCurveRestore::Set takeSet(CurveControl& c) {
     for (int i = 0; i < c.GetCurveCount(); ++i) {
         Curve* curve = c.GetCurveObject(i);
         set.curves.push_back(curve);
-        if (curve) curve->HoldPin();
+        if (curve)
+            curve->HoldPin();
         set.texts.emplace_back(c.CurveButtonText(i));
     }
     set.display = c.GetShownCurves();
@@ -26,15 +29,35 @@ DeleteCurveRestore::Set takeSet(CurveControl& c) {
 }
 void unpinSet(DeleteCurveRestore::Set& set) {
     for (Curve* c : set.curves)
-        if (c) c->HoldUnpin();
+        if (c)
+            c->HoldUnpin();
     set.curves.clear();
 }
-}  // namespace
+} // namespace
 
-DeleteCurveRestore::DeleteCurveRestore(CurveControl* control, CurveControl* before, int)
+DeleteCurveRestore::DeleteCurveRestore(CurveControl* control, CurveControl* before, int index)
     : ControlRestoreBase(control) {
     redo_ = takeSet(*control);
     undo_ = takeSet(*before);
+    // The curves the change kept are the same objects, unchanged, before and after it. The
+    // undo set takes them rather than the snapshot's copies: the records of earlier undo
+    // steps point at those objects, and after this undo they must find them in the control
+    // again. Only a removed curve comes back as the snapshot's copy.
+    const int kept = std::min(int(undo_.curves.size()), control->GetCurveCount());
+    for (int j = 0; j < int(undo_.curves.size()); ++j) {
+        int now = j;
+        if (index >= 0)
+            now = j < index ? j : (j == index ? -1 : j - 1);
+        if (now < 0 || now >= kept)
+            continue;
+        Curve* same = control->GetCurveObject(now);
+        if (!same)
+            continue;
+        same->HoldPin();
+        if (undo_.curves[j])
+            undo_.curves[j]->HoldUnpin();
+        undo_.curves[j] = same;
+    }
 }
 
 DeleteCurveRestore::~DeleteCurveRestore() {
@@ -45,19 +68,24 @@ DeleteCurveRestore::~DeleteCurveRestore() {
 void DeleteCurveRestore::install(const Set& set) {
     CurveControl& c = *control_;
     // The old curves lose their references; records (this one included) keep them alive.
-    for (int i = c.GetCurveCount() - 1; i >= 0; --i) c.DeleteReference(i);
+    for (int i = c.GetCurveCount() - 1; i >= 0; --i)
+        c.DeleteReference(i);
     const int n = int(set.curves.size());
     c.curves_.SetCount(n);
-    for (int i = 0; i < n; ++i) c.curves_[i] = nullptr;
+    for (int i = 0; i < n; ++i)
+        c.curves_[i] = nullptr;
     for (int i = 0; i < n; ++i) {
-        if (!set.curves[i]) continue;
+        if (!set.curves[i])
+            continue;
         set.curves[i]->SetOwner(&c);
         c.ReplaceReference(i, set.curves[i]);
     }
     restored_ = 1;
     c.clearButtonTexts();
-    for (const CStr& t : set.texts) c.appendButtonText(t.data());
-    if (c.IsEditorOpen()) c.Editor()->RebuildCurveButtons();
+    for (const CStr& t : set.texts)
+        c.appendButtonText(t.data());
+    if (c.IsEditorOpen())
+        c.Editor()->RebuildCurveButtons();
     c.SetShownCurves(set.display);
 }
 
@@ -79,4 +107,63 @@ void DeformDispModeRestore::Restore(int) {
 void DeformDispModeRestore::Redo() {
     control_->SetShownCurves(redo_);
     control_->Redraw();
+}
+
+// ---------------------------------------------------------------------------------------
+// Aspect lock pair
+
+void RunAspectRescale(CurveControl& control, int direction) {
+    if (!control.IsEditorOpen())
+        return;
+    IEditorView* editor = control.Editor();
+    if (editor->AspectRescale(direction))
+        editor->InvalidateRuler();
+    editor->InvalidateGraph();
+}
+
+void AspectLockStartRestore::Restore(int) { RunAspectRescale(*control_, direction_); }
+void AspectLockEndRestore::Redo() { RunAspectRescale(*control_, direction_); }
+
+// ---------------------------------------------------------------------------------------
+// CurveAFlagHandler
+
+CurveAFlagHandler::CurveAFlagHandler(CurveControl* control) : ControlRestoreBase(control) {
+    const BitArray shown = control->DisplayedCurves();
+    for (int i = 0; i < control->GetCurveCount(); ++i) {
+        Curve* c = control->GetCurveObject(i);
+        if (!c || !shown[i])
+            continue;
+        c->SetDragMark(true);
+        c->HoldPin();
+        marked_.push_back(c);
+    }
+}
+
+CurveAFlagHandler::~CurveAFlagHandler() {
+    // After EndHold the marks may belong to a later drag: only a record that never saw
+    // its hold end takes its own marks away.
+    if (!ended_)
+        clearMarks();
+    for (Curve* c : marked_)
+        c->HoldUnpin();
+}
+
+void CurveAFlagHandler::EndHold() {
+    ended_ = true;
+    clearMarks();
+}
+
+void CurveAFlagHandler::clearMarks() {
+    const BitArray shown = control_->DisplayedCurves();
+    for (int i = 0; i < control_->GetCurveCount(); ++i) {
+        Curve* c = control_->GetCurveObject(i);
+        if (!c || !shown[i])
+            continue;
+        for (int j = 0; j < c->PointCount(); ++j)
+            if (ReferenceTarget* ctrl = c->Controller(j))
+                ctrl->ClearAFlag(A_WORK1);
+        c->SetDragMark(false);
+    }
+    for (Curve* c : marked_)
+        c->SetDragMark(false);
 }

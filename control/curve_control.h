@@ -107,6 +107,9 @@ public:
     const char* CurveButtonText(int i) const;
     /// Flips the display bit of curve i (through SetShownCurves).
     void ToggleCurveDisplay(int i);
+    /// The curves the editor treats as displayed: the open editor's copy of the display
+    /// bits, or the shown-curves bits while the editor is closed (control_commands.cpp).
+    BitArray DisplayedCurves();
     /// Copies every setting and curve of `other` (used for undo snapshots).
     void CopyFrom(CurveControl& other);
     /// Asks the client callback for button images and texts.

@@ -31,6 +31,9 @@ public:
     virtual void GetEditMode(int& mode, int& flyOff) = 0;
     /// New display bits from SetShownCurves (puts the display undo record).
     virtual void SetDisplayMode(const BitArray& bits) = 0;
+    /// The editor's copy of the display bits: bit i set means curve i is displayed, and
+    /// so is what the whole-curve commands and the drag marks act on.
+    virtual BitArray DisplayMode() = 0;
     /// The curve display buttons follow the control's curves and texts again.
     virtual void RebuildCurveButtons() = 0;
     /// Sends the editor a WM_COMMAND with `id`.
