@@ -224,9 +224,7 @@ bool ButtonControl::IsIn() const {
 // [SECTION] Painting
 // -------------------------------------------------------------------------------------
 
-void ButtonControl::Paint() {
-    PAINTSTRUCT ps;
-    HDC hdc = BeginPaint(hwnd_, &ps);
+void ButtonControl::Paint(HDC hdc) {
     RECT rc;
     GetClientRect(hwnd_, &rc);
     const bool in = IsIn();
@@ -270,7 +268,6 @@ void ButtonControl::Paint() {
             FillRect(hdc, &row, mark);
         }
     }
-    EndPaint(hwnd_, &ps);
 }
 
 // -------------------------------------------------------------------------------------
@@ -280,8 +277,14 @@ void ButtonControl::Paint() {
 LRESULT ButtonControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     POINT p = {short(LOWORD(lParam)), short(HIWORD(lParam))};
     switch (msg) {
-    case WM_PAINT:
-        Paint();
+    case WM_PAINT: {
+        PAINTSTRUCT ps;
+        Paint(BeginPaint(hwnd_, &ps));
+        EndPaint(hwnd_, &ps);
+        return 0;
+    }
+    case WM_PRINTCLIENT:
+        Paint(reinterpret_cast<HDC>(wParam));
         return 0;
     case WM_ERASEBKGND:
         return 1; // Paint covers every pixel

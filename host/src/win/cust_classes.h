@@ -51,7 +51,7 @@ private:
 
     HWND CreateItemWindow(const ToolItem& item);
     void Layout();
-    void Paint();
+    void Paint(HDC hdc);
     bool IsItemWindow(HWND hwnd) const;
 
     std::vector<Item> items_;     // in toolbar order
@@ -112,7 +112,7 @@ private:
     void OpenFlyOff();
     void CloseFlyOff();
     bool IsIn() const;
-    void Paint();
+    void Paint(HDC hdc);
     void Invalidate();
 
     int type_ = CBT_PUSH;             // CBT_PUSH or CBT_CHECK
@@ -150,7 +150,7 @@ public:
     LRESULT WndProc(UINT msg, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    void Paint();
+    void Paint(HDC hdc);
 
     ButtonControl* button_ = nullptr; // the button that opened the strip (it owns us)
     int columns_ = 1;                 // entries across
@@ -213,7 +213,7 @@ public:
     LRESULT WndProc(UINT msg, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    void Paint();
+    void Paint(HDC hdc);
 
     int format_ = STATUSTEXT_LEFT; // STATUSTEXT_...
     Tooltip tooltip_;

@@ -194,6 +194,12 @@ LRESULT EditControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
         EndPaint(hwnd_, &ps);
         return 0;
     }
+    case WM_PRINTCLIENT: {
+        RECT rc;
+        GetClientRect(hwnd_, &rc);
+        Rect3D(reinterpret_cast<HDC>(wParam), rc, TRUE);
+        return 0;
+    }
     case WM_DESTROY:
         tooltip_.Destroy();
         return 0;

@@ -90,9 +90,7 @@ int FlyOffControl::Track(POINT screen) {
     return entry;
 }
 
-void FlyOffControl::Paint() {
-    PAINTSTRUCT ps;
-    HDC hdc = BeginPaint(hwnd_, &ps);
+void FlyOffControl::Paint(HDC hdc) {
     RECT rc;
     GetClientRect(hwnd_, &rc);
     FillRect(hdc, &rc, ColorMan()->GetBrush(kColorBackground));
@@ -115,13 +113,18 @@ void FlyOffControl::Paint() {
             }
         }
     }
-    EndPaint(hwnd_, &ps);
 }
 
 LRESULT FlyOffControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     switch (msg) {
-    case WM_PAINT:
-        Paint();
+    case WM_PAINT: {
+        PAINTSTRUCT ps;
+        Paint(BeginPaint(hwnd_, &ps));
+        EndPaint(hwnd_, &ps);
+        return 0;
+    }
+    case WM_PRINTCLIENT:
+        Paint(reinterpret_cast<HDC>(wParam));
         return 0;
     case WM_ERASEBKGND:
         return 1;

@@ -25,9 +25,7 @@ void StatusControl::SetTextFormat(int format) {
         InvalidateRect(hwnd_, nullptr, FALSE);
 }
 
-void StatusControl::Paint() {
-    PAINTSTRUCT ps;
-    HDC hdc = BeginPaint(hwnd_, &ps);
+void StatusControl::Paint(HDC hdc) {
     RECT rc;
     GetClientRect(hwnd_, &rc);
     FillRect(hdc, &rc, ColorMan()->GetBrush(kColorBackground));
@@ -45,13 +43,18 @@ void StatusControl::Paint() {
     DrawTextA(hdc, text, -1, &tr,
               align | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
     SelectObject(hdc, oldFont);
-    EndPaint(hwnd_, &ps);
 }
 
 LRESULT StatusControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     switch (msg) {
-    case WM_PAINT:
-        Paint();
+    case WM_PAINT: {
+        PAINTSTRUCT ps;
+        Paint(BeginPaint(hwnd_, &ps));
+        EndPaint(hwnd_, &ps);
+        return 0;
+    }
+    case WM_PRINTCLIENT:
+        Paint(reinterpret_cast<HDC>(wParam));
         return 0;
     case WM_ERASEBKGND:
         return 1;

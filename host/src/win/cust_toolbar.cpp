@@ -162,9 +162,7 @@ void ToolbarControl::Layout() {
 // [SECTION] Window
 // -------------------------------------------------------------------------------------
 
-void ToolbarControl::Paint() {
-    PAINTSTRUCT ps;
-    HDC hdc = BeginPaint(hwnd_, &ps);
+void ToolbarControl::Paint(HDC hdc) {
     RECT rc;
     GetClientRect(hwnd_, &rc);
     FillRect(hdc, &rc, ColorMan()->GetBrush(kColorBackground));
@@ -175,13 +173,18 @@ void ToolbarControl::Paint() {
         FillRect(hdc, &shadow, ColorMan()->GetBrush(kColorShadow));
         FillRect(hdc, &light, ColorMan()->GetBrush(kColorHilight3D));
     }
-    EndPaint(hwnd_, &ps);
 }
 
 LRESULT ToolbarControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     switch (msg) {
-    case WM_PAINT:
-        Paint();
+    case WM_PAINT: {
+        PAINTSTRUCT ps;
+        Paint(BeginPaint(hwnd_, &ps));
+        EndPaint(hwnd_, &ps);
+        return 0;
+    }
+    case WM_PRINTCLIENT:
+        Paint(reinterpret_cast<HDC>(wParam));
         return 0;
     case WM_ERASEBKGND:
         return 1;
