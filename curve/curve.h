@@ -12,7 +12,8 @@
 //   curve_edit.cpp    point editing under constraints, selection, insertion, deletion
 //   curve_io.cpp      saving and loading
 //   curve_mirror.cpp  mirror and rotate
-//   curve_draw_win32.cpp  drawing and hit testing (window layer)
+//   curve_hit_test.cpp    hit testing against a screen box (curve_screen.h)
+//   curve_draw_win32.cpp  drawing (window layer)
 #pragma once
 
 #include "curve/curve_eval_cache.h"
@@ -28,6 +29,8 @@
 
 class CurveControl;
 class DeformPtPosChange;
+struct CurveHit;
+struct CurveScreen;
 
 /// Point-type change modes of ChangeKnotType (see curve_edit.cpp).
 #define KNOT_TYPE_CHANGE_FROM_MENU 0
@@ -205,6 +208,27 @@ public:
     BOOL AnimateSelectedKnots(BOOL create, BitArray* created);
     /// Stores point i whole with a DeformPtChange record.
     void StoreKnot(int i, const CurveKnot& knot);
+    /// @}
+
+    /// @name Drawing and hit testing (curve_draw_win32.cpp, curve_hit_test.cpp)
+    /// Positions are those of the per-time cache at t, in pixels of `screen`, the graph's
+    /// mapping (curve_screen.h). Only the points that can be on screen are drawn and tested
+    /// (VisibleCurveSpan); a window wholly outside the owner's x range shows and hits
+    /// nothing, and so does a curve without points.
+    /// @{
+    /// Draws the curve into `hdc`: each segment of the visible span as ten straight pieces
+    /// in the enabled pen, a marker per point and, for selected Bezier points, their
+    /// handles; the handles of the first and last point of a curve that is not cyclic are
+    /// never drawn. `index` is the curve's index in its owner: a curve its owner's editor
+    /// does not display is drawn in the disabled pen without selection decoration.
+    /// Windows only.
+    void DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index);
+    /// Tests the segments (CURVE_HIT_CURVE), then the points (CURVE_HIT_POINTS), then the
+    /// handles of selected Bezier points (CURVE_HIT_HANDLES) against `box`, as `request`
+    /// asks; appends one CurveHit per hit to `hits` and returns CURVE_HIT_RESULT_... bits.
+    /// With CURVE_HIT_STOP_FIRST or CURVE_HIT_STOP_IN_CURVE it returns at the first hit.
+    int HitTestCurve(TimeValue t, const CurveScreen& screen, const Box2& box, int request,
+                     Tab<CurveHit>& hits);
     /// @}
 
     /// @name Whole-curve operations (curve_mirror.cpp)

@@ -1,0 +1,153 @@
+// Curve::DrawCurve: the curve in the graph, as ten straight pieces per segment, with its
+// point markers and the tangent handles of its selected Bezier points.
+//
+// The picture is that of the plain sequence of GDI calls (MoveToEx and ten LineTo per
+// segment, one Rectangle per marker); the calls are batched where the pixels cannot tell:
+//   - all segments of the visible span go out in one PolyPolyline of 11 points each, which
+//     draws each segment's ten pieces exactly as MoveToEx and ten LineTo calls do;
+//   - runs of consecutive plain markers (unselected, or on a curve not displayed) are
+//     filled together, since each is the same solid square and their union does not depend
+//     on the order. A selected point's decoration (handles, lines, white centre) is drawn
+//     in its place in the sequence, so later markers still cover it as they would.
+#include "control/curve_control.h"
+#include "curve/curve.h"
+#include "curve/curve_pixels.h"
+#include "host/gdi_tracking.h"
+
+#include <algorithm>
+#include <vector>
+
+using curve_eval::CachedKnot;
+using curve_eval::CacheState;
+using curve_eval::EvalCache;
+
+namespace {
+
+/// Marker squares, as Rectangle corners relative to the pixel: the point's marker, the
+/// white centre of a selected point, a handle.
+constexpr int kMarkerLo = -3, kMarkerHi = 4;
+constexpr int kCentreLo = -2, kCentreHi = 3;
+constexpr int kHandleLo = -2, kHandleHi = 3;
+
+/// Scratch buffers reused from one call to the next (drawing runs on the UI thread only).
+struct DrawScratch {
+    std::vector<POINT> pixels; // segment pixels, kSegmentPixels per segment
+    std::vector<DWORD> counts; // kSegmentPixels per segment
+    std::vector<RECT> markers; // a run of plain markers
+};
+
+DrawScratch& scratch() {
+    static DrawScratch s;
+    return s;
+}
+
+/// Fills a run of plain markers. With a pen selected (a curve not displayed) each square
+/// is a Rectangle, outline included; with the null pen the run is filled at once, which
+/// is what Rectangle with the null pen fills: one pixel less to the right and bottom.
+void flushMarkers(HDC hdc, std::vector<RECT>& run, bool nullPen, HBRUSH brush) {
+    if (run.empty())
+        return;
+    if (nullPen) {
+        for (const RECT& r : run) {
+            const RECT fill{r.left, r.top, r.right - 1, r.bottom - 1};
+            FillRect(hdc, &fill, brush);
+        }
+    } else {
+        for (const RECT& r : run)
+            Rectangle(hdc, r.left, r.top, r.right, r.bottom);
+    }
+    run.clear();
+}
+
+RECT square(IPoint2 p, int lo, int hi) {
+    return RECT{WrapAdd(p.x, lo), WrapAdd(p.y, lo), WrapAdd(p.x, hi), WrapAdd(p.y, hi)};
+}
+
+void drawSquare(HDC hdc, IPoint2 p, int lo, int hi) {
+    const RECT r = square(p, lo, hi);
+    Rectangle(hdc, r.left, r.top, r.right, r.bottom);
+}
+
+/// A handle square in the current (black) brush and its line to the point in the black pen.
+void drawHandle(HDC hdc, IPoint2 handle, IPoint2 point) {
+    drawSquare(hdc, handle, kHandleLo, kHandleHi);
+    SelectObject(hdc, GetStockObject(BLACK_PEN));
+    MoveToEx(hdc, handle.x, handle.y, nullptr);
+    LineTo(hdc, point.x, point.y);
+    SelectObject(hdc, GetStockObject(NULL_PEN));
+}
+
+} // namespace
+
+void Curve::DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index) {
+    if (count_ <= 0 || !hdc)
+        return;
+    EvalCache::Reader reader(evalCache_);
+    const CacheState* s = acquireState(reader, t);
+    if (!s)
+        return;
+    const int n = std::min(s->count, count_);
+    if (n <= 0)
+        return;
+    const bool cyclic = IsCyclic();
+    const Point2 xRange = owner_ ? owner_->GetXRange() : Point2(0.0f, 1.0f);
+    const CurveSpan span = curve_pixels::Span(screen, *s, cyclic, xRange);
+    if (span.Empty())
+        return;
+    const int last = std::min(span.last, n - 1);
+    const bool displayed = owner_ ? owner_->DisplayedCurves()[index] != 0 : true;
+
+    GdiPen pen(displayed ? CreatePen(penStyle_, penWidth_, penColour_)
+                         : CreatePen(disabledPenStyle_, disabledPenWidth_, disabledPenColour_));
+    SavedDC saved(hdc); // pen, brush and current position come back at the end
+    SelectObject(hdc, pen.get());
+
+    // Segments first .. last - 1, ten pieces each.
+    DrawScratch& buf = scratch();
+    const int segments = last - span.first;
+    if (segments > 0) {
+        buf.pixels.resize(size_t(segments) * curve_pixels::kSegmentPixels);
+        buf.counts.assign(size_t(segments), curve_pixels::kSegmentPixels);
+        IPoint2 px[curve_pixels::kSegmentPixels];
+        POINT* out = buf.pixels.data();
+        for (int i = span.first; i < last; ++i) {
+            curve_pixels::SegmentPixels(screen, *s, i, px);
+            for (const IPoint2& p : px)
+                *out++ = POINT{p.x, p.y};
+        }
+        PolyPolyline(hdc, buf.pixels.data(), buf.counts.data(), DWORD(segments));
+    }
+
+    // Markers. A displayed curve fills them black with the null pen; a curve not displayed
+    // outlines them in its disabled pen over a fill of the same colour, and shows no
+    // selection.
+    HBRUSH markerBrush = HBRUSH(GetStockObject(BLACK_BRUSH));
+    if (displayed) {
+        SelectObject(hdc, GetStockObject(NULL_PEN));
+    } else {
+        markerBrush = HBRUSH(GetStockObject(DC_BRUSH));
+        SetDCBrushColor(hdc, disabledPenColour_);
+    }
+    SelectObject(hdc, markerBrush);
+    std::vector<RECT>& run = buf.markers;
+    run.clear();
+    for (int i = span.first; i <= last; ++i) {
+        const CachedKnot& k = s->knots[i];
+        const IPoint2 p = curve_pixels::Position(screen, k);
+        run.push_back(square(p, kMarkerLo, kMarkerHi));
+        const uint32_t flags = points_[i].flags;
+        if (!displayed || !(flags & KNOT_SELECTED))
+            continue;
+        flushMarkers(hdc, run, true, markerBrush);
+        if (flags & KNOT_BEZIER) {
+            if (cyclic || i > 0)
+                drawHandle(hdc, curve_pixels::InHandle(screen, k), p);
+            if (cyclic || i < n - 1)
+                drawHandle(hdc, curve_pixels::OutHandle(screen, k), p);
+        }
+        SelectObject(hdc, GetStockObject(WHITE_BRUSH));
+        drawSquare(hdc, p, kCentreLo, kCentreHi);
+        SelectObject(hdc, markerBrush);
+    }
+    flushMarkers(hdc, run, displayed, markerBrush);
+}
