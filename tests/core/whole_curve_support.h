@@ -362,12 +362,17 @@ inline bool SameState(const ControlState& a, const ControlState& b) {
     return true;
 }
 
-/// A control with `curves` curves for one test, released through the reference system
-/// (undo records that still pin it keep it until they go).
+/// A control with `curves` curves for one test. The test holds it through a reference, as
+/// a client would, so other dependents coming and going never delete it early; dropping
+/// the reference at the end releases it (undo records that still pin it keep it until they
+/// go).
 class TestControl {
 public:
-    explicit TestControl(int curves) { control_->SetCurveCount(curves, FALSE); }
-    ~TestControl() { control_->MaybeAutoDelete(); }
+    explicit TestControl(int curves) {
+        owner_.ReplaceReference(0, new CurveControl);
+        control_ = static_cast<CurveControl*>(owner_.GetReference(0));
+        control_->SetCurveCount(curves, FALSE);
+    }
     TestControl(const TestControl&) = delete;
     TestControl& operator=(const TestControl&) = delete;
     CurveControl& operator*() { return *control_; }
@@ -376,7 +381,21 @@ public:
     Curve& curve(int i) { return *control_->GetCurveObject(i); }
 
 private:
-    CurveControl* control_ = new CurveControl;
+    class Owner : public ReferenceMaker {
+    public:
+        ~Owner() override { DeleteAllRefsFromMe(); }
+        int NumRefs() override { return 1; }
+        RefTargetHandle GetReference(int) override { return target_; }
+
+    protected:
+        void SetReference(int, RefTargetHandle t) override { target_ = t; }
+
+    private:
+        RefTargetHandle target_ = nullptr;
+    };
+
+    Owner owner_;                     // holds the control's one test reference
+    CurveControl* control_ = nullptr; // the referenced control
 };
 
 inline bool AnyController(Curve& c) {
