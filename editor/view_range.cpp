@@ -1,9 +1,10 @@
-// The view: two scales and two scroll positions, which are the offsets.
+// The view of a CurveCtlWindow: two scales, and the two scroll positions, which are the
+// offsets (the arithmetic is view_mapping.h's):
 //
-//   X0 = 2 * hpos - 7                         (hpos: horizontal bar position)
-//   Y0 = trunc((Hm + 1) * vpos * 0.01) & ~1   (vpos: vertical bar position, in hundredths
-//                                              of the usable height plus one)
-//   column = x * xs - X0;   row = (Hm + 1) / 2 + 4 - Y0 - y * ys
+//   X0 = 2 * hpos - 7                          (hpos: horizontal bar position)
+//   Y0 = trunc((Hm + 1) * (vpos * 0.01)) & ~1  (vpos: vertical bar position, in hundredths
+//                                               of the usable height plus one)
+//   column = trunc(x * xs) - X0;   row = (Hm + 1) / 2 + 4 - Y0 - trunc(y * ys)
 //
 // [SECTION] Scales, usable area, offsets
 // [SECTION] Scroll ranges
@@ -12,17 +13,28 @@
 // [SECTION] Refreshing
 #include "control/curve_control.h"
 #include "editor/curve_ctl_window.h"
+#include "editor/view_mapping.h"
 #include "host/core_interface.h"
 
-#include <cmath>
+#include <algorithm>
 
 namespace {
-constexpr float kXScaleMin = 0.00002f, kXScaleMax = 1000000.0f;
-constexpr float kYScaleMin = 0.0000001f, kYScaleMax = 100000000.0f;
 
 TimeValue now() { return GetCOREInterface()->GetTime(); }
-/// Truncation toward zero, as the view arithmetic is specified.
-int toInt(double v) { return int(v); }
+
+view::ScrollRange rangeOf(HWND bar) {
+    view::ScrollRange r;
+    GetScrollRange(bar, SB_CTL, &r.lo, &r.hi);
+    return r;
+}
+
+int clientWidth(HWND hwnd) {
+    RECT r{};
+    if (hwnd)
+        GetClientRect(hwnd, &r);
+    return r.right - r.left;
+}
+
 } // namespace
 
 int& DoubleBuffering() {
@@ -33,56 +45,35 @@ int& DoubleBuffering() {
 // ---------------------------------------------------------------------------------------
 // [SECTION] Scales, usable area, offsets
 
-// A value not at least the bottom (NaN included) becomes the bottom.
-float CurveCtlWindow::ClampXScale(float xs) {
-    if (xs > kXScaleMax)
-        return kXScaleMax;
-    if (!(xs >= kXScaleMin))
-        return kXScaleMin;
-    return xs;
-}
-
-float CurveCtlWindow::ClampYScale(float ys) {
-    if (ys > kYScaleMax)
-        return kYScaleMax;
-    if (!(ys >= kYScaleMin))
-        return kYScaleMin;
-    return ys;
-}
+float CurveCtlWindow::ClampXScale(float xs) { return view::ClampXScale(xs); }
+float CurveCtlWindow::ClampYScale(float ys) { return view::ClampYScale(ys); }
 
 RECT CurveCtlWindow::UsableArea() const {
-    RECT r{};
-    GetClientRect(graph_.Handle(), &r);
-    if (Flags() & CC_DRAWRULER) {
-        r.left = 32;
-        r.top = 6;
-        r.right -= 6;
-        r.bottom -= 6;
-    }
-    return r;
+    RECT client{};
+    GetClientRect(graph_.Handle(), &client);
+    return view::UsableArea(client, Flags());
 }
 
-int CurveCtlWindow::HorizontalOffset() const { return 2 * GetScrollPos(hScrollBar_, SB_CTL) - 7; }
+int CurveCtlWindow::HorizontalOffset() const {
+    return view::X0FromHpos(GetScrollPos(hScrollBar_, SB_CTL));
+}
 
 void CurveCtlWindow::SetHorizontalOffset(int x0) {
-    SetScrollPos(hScrollBar_, SB_CTL, (x0 + 7) / 2, TRUE);
+    SetScrollPos(hScrollBar_, SB_CTL, view::HposFromX0(x0), TRUE);
 }
+
+namespace {
+/// Hm + 1 of a usable area.
+int usableHeight(const RECT& r) { return r.bottom - r.top + 1; }
+} // namespace
 
 int CurveCtlWindow::GetVerticalOffset(bool inPixels) const {
     const int vpos = GetScrollPos(vScrollBar_, SB_CTL);
-    if (!inPixels)
-        return vpos;
-    const RECT r = UsableArea();
-    const int hm = r.bottom - r.top;
-    return toInt(float(hm + 1) * (float(vpos) * 0.01f)) & ~1;
+    return inPixels ? view::Y0FromVpos(vpos, usableHeight(UsableArea())) : vpos;
 }
 
 void CurveCtlWindow::SetVerticalOffset(int value, bool inPixels) {
-    int vpos = value;
-    if (inPixels) {
-        const RECT r = UsableArea();
-        vpos = toInt(float(value) * 100.0f / float(r.bottom - r.top + 1));
-    }
+    const int vpos = inPixels ? view::VposFromY0(value, usableHeight(UsableArea())) : value;
     SetScrollPos(vScrollBar_, SB_CTL, vpos, TRUE);
 }
 
@@ -90,24 +81,16 @@ void CurveCtlWindow::SetVerticalOffset(int value, bool inPixels) {
 // [SECTION] Scroll ranges
 
 void CurveCtlWindow::UpdateHorizontalRange(int expandOnly) {
-    RECT strip{};
-    if (strip_)
-        GetClientRect(strip_->Handle(), &strip);
-    const int w = strip.right;
-    const Point2 range = control_->GetXRange();
-    const float xs = scale_.xs;
-    const int span = toInt((range.y - range.x) * xs) - w;
-    int lo = (toInt(xs * range.x) - 200) / 2;
-    int hi = (span + 408 == 0) ? lo : lo + (span + 408) / 2;
-    int curLo = 0, curHi = 0;
-    GetScrollRange(hScrollBar_, SB_CTL, &curLo, &curHi);
-    if (expandOnly) {
-        lo = std::min(lo, curLo);
-        hi = std::max(hi, curHi);
-    }
-    if (lo == curLo && hi == curHi)
+    if (!control_)
         return;
-    SetScrollRange(hScrollBar_, SB_CTL, lo, hi, TRUE);
+    const int width = clientWidth(strip_ ? strip_->Handle() : nullptr);
+    view::ScrollRange wanted = view::HorizontalRange(control_->GetXRange(), scale_.xs, width);
+    const view::ScrollRange current = rangeOf(hScrollBar_);
+    if (expandOnly)
+        wanted = view::Union(current, wanted);
+    if (wanted == current)
+        return;
+    SetScrollRange(hScrollBar_, SB_CTL, wanted.lo, wanted.hi, TRUE);
     RefreshView();
 }
 
@@ -129,49 +112,18 @@ void CurveCtlWindow::ValueBounds(TimeValue time, float& lo, float& hi) const {
 void CurveCtlWindow::UpdateVerticalRange(TimeValue time) {
     float lo = 0.0f, hi = 0.0f;
     ValueBounds(time, lo, hi);
-    const RECT r = UsableArea();
-    const float h = float(r.bottom - r.top + 1);
-    const float ys = scale_.ys;
-    SetScrollRange(vScrollBar_, SB_CTL, (-1 - toInt(ys * hi / h)) * 100,
-                   100 - toInt(ys * lo / h) * 100, TRUE);
+    const view::ScrollRange r = view::VerticalRange(lo, hi, scale_.ys, usableHeight(UsableArea()));
+    SetScrollRange(vScrollBar_, SB_CTL, r.lo, r.hi, TRUE);
 }
 
 // ---------------------------------------------------------------------------------------
 // [SECTION] Scroll bars and wheel
 
-namespace {
-/// The bar position after `code`; `same` when the code keeps it (SB_THUMBPOSITION too).
-int scrolledPosition(HWND bar, int code, int thumb) {
-    int pos = GetScrollPos(bar, SB_CTL);
-    switch (code) {
-    case SB_LINEUP:
-        pos -= 1;
-        break;
-    case SB_LINEDOWN:
-        pos += 1;
-        break;
-    case SB_PAGEUP:
-        pos -= 10;
-        break;
-    case SB_PAGEDOWN:
-        pos += 10;
-        break;
-    case SB_THUMBTRACK:
-        pos = thumb;
-        break;
-    default:
-        break;
-    }
-    int lo = 0, hi = 0;
-    GetScrollRange(bar, SB_CTL, &lo, &hi);
-    return std::clamp(pos, lo, std::max(lo, hi));
-}
-} // namespace
-
 LRESULT CurveCtlWindow::HScroll(int code, int position, HWND) {
     const int before = GetScrollPos(hScrollBar_, SB_CTL);
-    const int after = scrolledPosition(hScrollBar_, code, position);
+    const int after = view::ScrolledPosition(before, code, position, rangeOf(hScrollBar_));
     SetScrollPos(hScrollBar_, SB_CTL, after, TRUE);
+    // At the end of the range (and for SB_THUMBPOSITION) nothing moved: no repaint.
     if (after == before)
         return 0;
     RefreshView();
@@ -182,7 +134,10 @@ LRESULT CurveCtlWindow::HScroll(int code, int position, HWND) {
 }
 
 LRESULT CurveCtlWindow::VScroll(int code, int position, HWND) {
-    SetScrollPos(vScrollBar_, SB_CTL, scrolledPosition(vScrollBar_, code, position), TRUE);
+    const int before = GetScrollPos(vScrollBar_, SB_CTL);
+    SetScrollPos(vScrollBar_, SB_CTL,
+                 view::ScrolledPosition(before, code, position, rangeOf(vScrollBar_)), TRUE);
+    // The ruler shows x only: the graph alone is repainted.
     paint_.graphValid = 0;
     InvalidateRect(graph_.Handle(), nullptr, DoubleBuffering() ? FALSE : TRUE);
     paint_.lastCursor = POINT{INT_MIN, INT_MIN};
@@ -195,29 +150,30 @@ LRESULT CurveWindow::MouseWheel(int delta) {
         return 0;
     CurveCtlWindow& w = *owner_;
     ViewScale& s = w.Scale();
-    const float g = delta < 0 ? 0.8f : 1.2f; // a zero delta zooms in as well
     RECT client{};
     GetClientRect(hWnd_, &client);
-    const RECT usable = w.UsableArea();
-    const int hm = usable.bottom - usable.top;
-    const int x0 = w.HorizontalOffset();
-    const int y0 = w.GetVerticalOffset(true);
+    view::ViewMapping m;
+    m.usable = w.UsableArea();
+    m.xs = s.xs;
+    m.ys = s.ys;
+    m.x0 = w.HorizontalOffset();
+    m.y0 = w.GetVerticalOffset(true);
     // The curve point under the middle of the graph stays where it is.
-    const float ax = float(client.right / 2 + x0) / s.xs;
-    const float ay = float((hm + 1) / 2 - (client.bottom / 2 - 4 + y0)) / s.ys;
+    const view::WheelZoom zoom = view::WheelStep(delta, m, client.right, client.bottom);
 
-    const float ys = s.ys * g;
-    s.ys = CurveCtlWindow::ClampYScale(ys);
+    const float ys = s.ys * zoom.g;
+    s.ys = view::ClampYScale(ys);
     w.UpdateVerticalRange(now());
-    w.SetVerticalOffset(toInt(ay * (1.0f - g) * ys) + y0, true);
+    w.SetVerticalOffset(view::WheelY0(zoom, ys, m.y0), true);
 
-    const float xs = s.xs * g;
-    s.xs = CurveCtlWindow::ClampXScale(xs);
+    const float xs = s.xs * zoom.g;
+    s.xs = view::ClampXScale(xs);
     // The current time is the expand-only argument: at time 0 the range is recomputed
-    // outright, at any other time it only grows.
+    // outright, at any other time it only grows. The wheel has always done this.
     w.UpdateHorizontalRange(now());
     const int hpos = GetScrollPos(w.HorizontalBar(), SB_CTL);
-    SetScrollPos(w.HorizontalBar(), SB_CTL, (2 * hpos - toInt(ax * (1.0f - g) * xs)) / 2, TRUE);
+    SetScrollPos(w.HorizontalBar(), SB_CTL, view::WheelHpos(zoom, xs, hpos), TRUE);
+    // No refresh here: the scroll-bar changes and the next paint show the new view.
     return 1;
 }
 
@@ -225,20 +181,18 @@ LRESULT CurveWindow::MouseWheel(int delta) {
 // [SECTION] Extents and aspect coupling
 
 void CurveCtlWindow::ZoomHorizontalExtents(bool redraw) {
-    RECT strip{};
-    if (strip_)
-        GetClientRect(strip_->Handle(), &strip);
-    const int w = strip.right;
+    if (!control_)
+        return;
+    const int width = clientWidth(strip_ ? strip_->Handle() : nullptr);
     const Point2 range = control_->GetXRange();
     // An empty range divides by zero: the clamp turns infinity into the top.
-    scale_.xs = ClampXScale(float(float(w - 34) / ((range.y - range.x) * 1.1)));
+    scale_.xs = view::HorizontalExtentsScale(range, width);
     if (mode_ == 4 && aspectLocked_) {
         AspectCoupling(1);
         UpdateVerticalRange(now());
     }
     UpdateHorizontalRange(0);
-    const int centre = toInt(((range.y - range.x) * 0.5f + range.x) * scale_.xs);
-    SetScrollPos(hScrollBar_, SB_CTL, (centre - (w + 1) / 2 - 6) / 2, TRUE);
+    SetScrollPos(hScrollBar_, SB_CTL, view::CentredHpos(range, scale_.xs, width), TRUE);
     if (redraw)
         RefreshView();
 }
@@ -246,18 +200,15 @@ void CurveCtlWindow::ZoomHorizontalExtents(bool redraw) {
 void CurveCtlWindow::ZoomVerticalExtents(TimeValue time, bool redraw) {
     float lo = 0.0f, hi = 0.0f;
     ValueBounds(time, lo, hi);
-    const RECT r = UsableArea();
-    const int h = r.bottom - r.top + 1;
-    const double d = (hi - lo) * 1.4;
+    const int h = usableHeight(UsableArea());
     // Flat curves get the usable height plus one.
-    scale_.ys = ClampYScale(d > 0.001 ? float(h / d) : float(h));
+    scale_.ys = view::VerticalExtentsScale(lo, hi, h);
     if (mode_ == 4 && aspectLocked_) {
         AspectCoupling(0);
         UpdateHorizontalRange(0);
     }
     UpdateVerticalRange(time);
-    const int c = toInt((hi + lo) * 0.5f * scale_.ys);
-    SetScrollPos(vScrollBar_, SB_CTL, -c * 100 / h, TRUE);
+    SetScrollPos(vScrollBar_, SB_CTL, view::CentredVpos(lo, hi, scale_.ys, h), TRUE);
     if (redraw)
         RefreshView();
 }
@@ -268,28 +219,26 @@ void CurveCtlWindow::ZoomExtents() {
         ZoomVerticalExtents(now(), true);
         return;
     }
+    // Aspect-locked: the extents may only zoom out; a zoom in puts the view back.
     const ViewScale before = scale_;
     const int y0 = GetVerticalOffset(true);
     const int x0 = HorizontalOffset();
     ZoomHorizontalExtents(false);
     ZoomVerticalExtents(now(), false);
     if (before.xs < scale_.xs) {
-        scale_.xs = ClampXScale(before.xs);
-        scale_.ys = ClampYScale(before.ys);
+        scale_.xs = view::ClampXScale(before.xs);
+        scale_.ys = view::ClampYScale(before.ys);
         aspectLocked_ = 1;
         SetHorizontalOffset(x0);
         SetVerticalOffset(y0, true);
     }
-    RepaintRequest();
-    if (!DoubleBuffering())
-        InvalidateRect(graph_.Handle(), nullptr, TRUE);
+    RefreshView();
 }
 
 int CurveCtlWindow::AspectCoupling(int argument) {
-    if (!(mode_ == 4 && aspectLocked_))
+    if (!(mode_ == 4 && aspectLocked_) || !control_)
         return 0;
-    const RECT r = UsableArea();
-    const float h = float(r.bottom - r.top + 1);
+    const float h = float(usableHeight(UsableArea()));
     const Point2 range = control_->GetXRange();
     // The numerator is a literal zero: argument 0 sets xs to 0 (NaN for an empty range)
     // and argument 1 divides by zero. Kept as the view has always behaved; not clamped.
