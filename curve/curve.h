@@ -294,9 +294,16 @@ private:
     std::unique_ptr<curve_eval::CacheState> buildCacheState(TimeValue t);
     /// The state for t, rebuilt when needed; counts one cache test (and one rebuild).
     const curve_eval::CacheState* acquireState(curve_eval::EvalCache::Reader& r, TimeValue t);
+    /// acquireState's locked half: the test again, and the rebuild.
+    const curve_eval::CacheState* rebuildState(curve_eval::EvalCache::Reader& r, TimeValue t);
     /// The lookup table of `s`, built when it has none; counts the entries solved.
     const curve_eval::LookupTable* acquireLookup(curve_eval::EvalCache::Reader& r,
                                                  const curve_eval::CacheState& s);
+    /// ValueAt in every case; ValueAt itself answers the common one.
+    float valueAtGeneral(TimeValue t, float x, Interval& valid, BOOL useLookup);
+    /// acquireLookup's locked half: the test again, and the build.
+    const curve_eval::LookupTable* buildLookupTable(curve_eval::EvalCache::Reader& r,
+                                                    const curve_eval::CacheState& s);
     /// Forgets the values the lookup table held (a new size, a copy); under the lock.
     void resetLookupMemory();
 

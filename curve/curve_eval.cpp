@@ -70,6 +70,26 @@ inline Segment segmentOf(const CacheState& s, int i) {
 inline float segmentX(const Segment& g, float u) { return bezier(g.x0, g.x1, g.x2, g.x3, u); }
 inline float segmentY(const Segment& g, float u) { return bezier(g.y0, g.y1, g.y2, g.y3, u); }
 
+/// The 20 halvings of the segment solve, for x rising (or falling) with u: an x at or
+/// above the wanted one moves the high (low) bound; an exact hit stops. The new bounds are
+/// formed before the test for the hit so that the compiler makes them selects, not a
+/// branch that random x would mispredict at every step.
+template <bool Rising> float halve(const Segment& g, float x, int mode) {
+    float lo = 0.0f, hi = 1.0f, u = 0.0f;
+    for (int n = 0; n < kHalvings; ++n) {
+        u = (lo + hi) * 0.5f;
+        const float xu = segmentX(g, u);
+        const bool atOrAbove = xu >= x;
+        const float newLo = (atOrAbove == Rising) ? lo : u;
+        const float newHi = (atOrAbove == Rising) ? u : hi;
+        if (xu == x)
+            break;
+        lo = newLo;
+        hi = newHi;
+    }
+    return mode == 1 ? u : segmentY(g, u);
+}
+
 /// Solves the segment for x: mode 1 answers the parameter, any other mode y there.
 /// Both ends are tested first; then at most 20 halvings, stopping early only on an exact
 /// hit. The halving keeps the side of x at the low bound whether x rises or falls with u.
@@ -80,19 +100,7 @@ float solveSegment(const Segment& g, float x, int mode) {
     const float x1 = segmentX(g, 1.0f);
     if (x1 == x)
         return mode == 1 ? 1.0f : segmentY(g, 1.0f);
-    const bool rising = !(x0 > x1);
-    float lo = 0.0f, hi = 1.0f, u = 0.0f;
-    for (int n = 0; n < kHalvings; ++n) {
-        u = (lo + hi) * 0.5f;
-        const float xu = segmentX(g, u);
-        if (xu == x)
-            break;
-        if ((xu >= x) == rising)
-            hi = u;
-        else
-            lo = u;
-    }
-    return mode == 1 ? u : segmentY(g, u);
+    return !(x0 > x1) ? halve<true>(g, x, mode) : halve<false>(g, x, mode);
 }
 
 /// The first segment i (0 .. count - 2) with x_i <= x <= x_(i+1), or -1.
@@ -297,7 +305,8 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
         s->firstPureCorner = isPureCorner(points_[0].flags);
         s->lastPureCorner = isPureCorner(points_[n - 1].flags);
     }
-    s->validity = valid;
+    s->SetValidity(valid);
+    s->plainLookup = s->forever && n >= 2;
     return s;
 }
 
@@ -323,15 +332,18 @@ void Curve::resetLookupMemory() {
 
 // The double-checked test: the unlocked test of the current state, then, under the lock,
 // the test again and the rebuild. Counts one test, and one more after a rebuild.
-const CacheState* Curve::acquireState(EvalCache::Reader& r, TimeValue t) {
+inline const CacheState* Curve::acquireState(EvalCache::Reader& r, TimeValue t) {
     r.Count(1);
     const CacheState* s = r.Current();
-    if (s && s->validity.InInterval(t))
+    if (s && s->HoldsAt(t))
         return s;
+    return rebuildState(r, t);
+}
 
+const CacheState* Curve::rebuildState(EvalCache::Reader& r, TimeValue t) {
     std::lock_guard<std::recursive_mutex> g(evalCache_.Lock());
-    s = evalCache_.CurrentLocked();
-    if (!(s && s->validity.InInterval(t))) {
+    const CacheState* s = evalCache_.CurrentLocked();
+    if (!(s && s->HoldsAt(t))) {
         std::unique_ptr<CacheState> next = buildCacheState(t);
         if (!next)
             return nullptr; // out of memory: answer as a curve without points
@@ -360,9 +372,13 @@ Interval Curve::CacheValidity(TimeValue t) {
 // Entries the build does not reach (x outside every segment) keep the value the table
 // held before, as a table reused from build to build would; a new size or a copy starts
 // from zeros (resetLookupMemory).
-const LookupTable* Curve::acquireLookup(EvalCache::Reader& r, const CacheState& s) {
+inline const LookupTable* Curve::acquireLookup(EvalCache::Reader& r, const CacheState& s) {
     if (const LookupTable* lt = s.lookup.load(std::memory_order_acquire))
         return lt;
+    return buildLookupTable(r, s);
+}
+
+const LookupTable* Curve::buildLookupTable(EvalCache::Reader& r, const CacheState& s) {
     if (s.lookupSize < 1)
         return nullptr;
 
@@ -387,6 +403,7 @@ const LookupTable* Curve::acquireLookup(EvalCache::Reader& r, const CacheState& 
 
     const Point2 xr = readOwner(owner_).x;
     table->size = size;
+    table->sizeAsFloat = float(size);
     table->step = (xr.y - xr.x) / float(size);
     table->indexScale = float(size - 1) / (xr.y - xr.x);
 
@@ -435,7 +452,32 @@ void Curve::BuildLookup(TimeValue t) {
 // ---------------------------------------------------------------------------------------
 // [SECTION] Queries
 
+// The common case of a client's per-frame calls, in a handful of loads and compares: a
+// thread that has read this state before, a state valid for all times (so narrowing
+// `valid` changes nothing) with two or more points, x inside the range, a built table and
+// an index inside it. It counts as the general path does; anything else goes there.
 float Curve::ValueAt(TimeValue t, float x, Interval& valid, BOOL useLookup) {
+    const int n = curve_eval::tReaderSlot;
+    curve_eval::ReaderSlot* slot;
+    const CacheState* s;
+    const LookupTable* lt;
+    if (useLookup && n >= 0 && (slot = evalCache_.AttachedSlot(n)) &&
+        (s = evalCache_.Published()) && s == slot->hazard.load(std::memory_order_relaxed) &&
+        s->plainLookup && (lt = s->lookup.load(std::memory_order_acquire))) {
+        const Point2 xr = ownerXRange(owner_);
+        const float f = (x - xr.x) * lt->indexScale;
+        if (!(x > xr.y) && !(x < xr.x) && f > -1.0f && f < lt->sizeAsFloat) [[likely]] {
+            slot->count.store(slot->count.load(std::memory_order_relaxed) + 1,
+                              std::memory_order_relaxed);
+            const int e = int(f);
+            const float* v = lt->values.get();
+            return v[e] + (v[e + 1] - v[e]) * (x - float(e) * lt->step) / lt->step;
+        }
+    }
+    return valueAtGeneral(t, x, valid, useLookup);
+}
+
+float Curve::valueAtGeneral(TimeValue t, float x, Interval& valid, BOOL useLookup) {
     EvalCache::Reader r(evalCache_);
     const CacheState* s = acquireState(r, t);
     if (!s)

@@ -23,6 +23,8 @@ namespace curve_eval {
 // a later thread then inherits the slot's count (which keeps counting) and its hazard
 // (which it overwrites on its first read of each curve).
 
+__thread int tReaderSlot CURVE_EVAL_TLS_MODEL = -2;
+
 namespace {
 
 constexpr int kNoSlot = -1;
@@ -55,31 +57,22 @@ void returnSlotNumber(int n) {
     slotPoolUsed()[n] = false;
 }
 
-// The common path reads only this trivially constructed int, which compiles to a plain
-// thread-pointer-relative load; the object with a destructor is touched once per thread.
-thread_local int tSlot = kUnassigned;
-
 struct SlotLease {
     int number = kNoSlot;
     ~SlotLease() {
         if (number >= 0)
             returnSlotNumber(number);
         // Evaluations from destructors that run after this one use the lock.
-        tSlot = kNoSlot;
+        tReaderSlot = kNoSlot;
     }
 };
 
 int assignSlot() {
-    thread_local SlotLease lease;
+    thread_local SlotLease lease; // touched once per thread
     if (lease.number == kNoSlot)
         lease.number = takeSlotNumber();
-    tSlot = lease.number;
-    return tSlot;
-}
-
-inline int currentSlot() {
-    const int s = tSlot;
-    return s != kUnassigned ? s : assignSlot();
+    tReaderSlot = lease.number;
+    return tReaderSlot;
 }
 
 } // namespace
@@ -156,19 +149,16 @@ long EvalCache::Count() const {
 // ---------------------------------------------------------------------------------------
 // EvalCache::Reader
 
-EvalCache::Reader::Reader(EvalCache& cache) : cache_(cache), slot_(nullptr) {
-    const int n = currentSlot();
+void EvalCache::Reader::attach() {
+    int n = tReaderSlot;
+    if (n == kUnassigned)
+        n = assignSlot();
     if (n >= 0)
         slot_ = cache_.slotAt(n);
     // More threads than slots (or no memory for one): evaluate under the lock, where no
     // state can be retired.
     if (!slot_)
         cache_.lock_.lock();
-}
-
-EvalCache::Reader::~Reader() {
-    if (!slot_)
-        cache_.lock_.unlock();
 }
 
 const CacheState* EvalCache::Reader::protect(const CacheState* p) {

@@ -42,16 +42,31 @@ static_assert(sizeof(CachedKnot) == 40, "a cache record is ten floats");
 
 /// A filled lookup table with the spacing it was built with.
 struct LookupTable {
-    float step = 0.0f;       // (x high - x low) / size
-    float indexScale = 0.0f; // (size - 1) / (x high - x low)
-    int size = 0;            // intervals; `values` holds size + 1 entries
+    float step = 0.0f;        // (x high - x low) / size
+    float indexScale = 0.0f;  // (size - 1) / (x high - x low)
+    int size = 0;             // intervals; `values` holds size + 1 entries
+    float sizeAsFloat = 0.0f; // float(size): the bound of a valid index
     std::unique_ptr<float[]> values;
 };
 
 /// Everything evaluation reads, resolved for the times of `validity`. Immutable once
 /// published, except that the lookup table is attached once, under the cache lock.
 struct CacheState {
-    Interval validity;            // times for which this state holds
+    /// Sets the validity and the fields derived from it.
+    void SetValidity(const Interval& v) {
+        validity = v;
+        forever = v == FOREVER;
+        firstTime = v.Empty() ? 1 : v.Start();
+        lastTime = v.Empty() ? 0 : v.End();
+    }
+    /// Whether the state holds at t (the interval test in two compares).
+    bool HoldsAt(TimeValue t) const { return t >= firstTime && t <= lastTime; }
+
+    Interval validity;       // times for which this state holds
+    TimeValue firstTime = 1; // validity as a plain range (1 .. 0 when empty)
+    TimeValue lastTime = 0;
+    bool forever = false;         // validity is FOREVER: narrowing by it changes nothing
+    bool plainLookup = false;     // forever, and two or more points: ValueAt's quick case
     int count = 0;                // number of records
     int lookupSize = 0;           // the curve's lookup size when this state was built
     bool ordered = false;         // record x positions never decrease: binary search is exact
@@ -92,6 +107,14 @@ public:
     void Publish(std::unique_ptr<CacheState> next);
     /// The current state, for a caller that holds Lock().
     const CacheState* CurrentLocked() const { return state_.load(std::memory_order_relaxed); }
+    /// The current state as a reader sees it; safe to read only when it equals the
+    /// reader's hazard (see Reader).
+    const CacheState* Published() const { return state_.load(std::memory_order_acquire); }
+    /// Slot n of this curve when this curve has met slot n before, else null.
+    ReaderSlot* AttachedSlot(int n) const {
+        ReaderSlot* chunk = chunks_[n / kSlotsPerChunk].load(std::memory_order_acquire);
+        return chunk ? chunk + n % kSlotsPerChunk : nullptr;
+    }
 
     /// The values the lookup table held last (entries a build does not reach keep them).
     /// Caller holds Lock().
@@ -115,12 +138,32 @@ private:
     std::atomic<long> lockedCount_{0}; // evaluations of readers without a slot
 };
 
+/// This thread's slot number: -2 before its first evaluation, -1 when every slot is taken.
+/// A plain __thread int (no constructor) so that reading it is one thread-pointer-relative
+/// load; thread_local would go through a wrapper call from other files.
+/// (The initial-exec model keeps the compiler from assuming a call to the TLS resolver,
+/// which would make it save every argument of ValueAt first.)
+#if defined(__ELF__)
+#define CURVE_EVAL_TLS_MODEL __attribute__((tls_model("initial-exec")))
+#else
+#define CURVE_EVAL_TLS_MODEL
+#endif
+extern __thread int tReaderSlot CURVE_EVAL_TLS_MODEL;
+
 /// One evaluation's access to the cache. Construct it on the evaluating thread, keep it for
 /// the duration of the evaluation, never share it.
 class EvalCache::Reader {
 public:
-    explicit Reader(EvalCache& cache);
-    ~Reader();
+    explicit Reader(EvalCache& cache) : cache_(cache), slot_(nullptr) {
+        const int n = tReaderSlot;
+        if (n >= 0 && (slot_ = cache.AttachedSlot(n)))
+            return;
+        attach();
+    }
+    ~Reader() {
+        if (!slot_)
+            cache_.lock_.unlock();
+    }
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
@@ -144,6 +187,9 @@ public:
     }
 
 private:
+    /// The first evaluation of this thread, or of this thread on this curve: takes a slot
+    /// number and the curve's slot, or, when there is none, the lock.
+    void attach();
     const CacheState* protect(const CacheState* p);
 
     EvalCache& cache_;
