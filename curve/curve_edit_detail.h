@@ -1,0 +1,67 @@
+// Helpers shared by the point-editing files of Curve (curve_edit.cpp, curve_select.cpp,
+// curve_insert_delete.cpp). Not part of the curve's interface.
+//
+// Undo records of one hold. A DeformPtPosChange gathers every position and tangent change
+// of a hold into one record whose "after" arrays are rewritten as the hold goes on, and
+// its undo and redo rewrite the whole table. That is exact only while no record that
+// rewrites whole points or the table itself (DeformPtChange, DeformInsertRestore,
+// DeformDeleteRestore) lies between the record's creation and a later write into it:
+// redo would replay the later write first and the whole-point record over it. So every
+// operation that puts one of those records first closes the open position record
+// (ClosePositionRecord), and the next position change opens a fresh one. The records of
+// a hold then cover consecutive stretches of it, and undo (last to first) and redo (first
+// to last) replay them exactly. A hold that only moves points keeps one position record,
+// as the host expects.
+#pragma once
+
+#include "curve/curve.h"
+
+namespace curve_edit {
+
+/// Limits of an unconstrained move: [-kUnbounded, +kUnbounded].
+constexpr float kUnbounded = 1e8f;
+
+/// Handle selector bits (in operations and hit results alike).
+constexpr int kInHandle = 0x100;
+constexpr int kOutHandle = 0x200;
+/// DragHandle: break the tangent (a Bezier-Smooth point becomes Bezier-Corner) first.
+constexpr int kBreakTangent = 0x2;
+
+/// Whether two positions or tangents differ: the length of their difference, computed
+/// in single precision, exceeds 0.0001 (compared in double precision).
+bool Different(const Point2& a, const Point2& b);
+
+/// Both coordinates are finite. Editing operations refuse non-finite input: the curve
+/// keeps its points rather than carrying a NaN into every later evaluation.
+bool Finite(const Point2& p);
+
+/// The owner's y confinement: control flag CC_CONSTRAIN_Y and the y range. A curve
+/// without an owner is not confined.
+struct YConfinement {
+    bool on = false;  // points and handles must stay inside [low, high]
+    float low = 0.0f; // the control's y range
+    float high = 0.0f;
+};
+YConfinement YConfinementOf(const Curve& c);
+
+/// The curve's open position record for this hold, opened (and put) on first use; null
+/// when the hold is not holding.
+DeformPtPosChange* PositionRecord(Curve& c);
+
+/// Ends the curve's open position record early (see the note at the top).
+void ClosePositionRecord(Curve& c);
+
+/// Writes the position of point i and records it: through the point's controller at t
+/// when it is animated (the controller records its own change), else into the table and
+/// the hold's position record. Drops the evaluation cache. Sends nothing. False when i is
+/// out of range.
+bool StorePosition(Curve& c, TimeValue t, int i, const Point2& pos);
+
+/// The x range of point i against its neighbours alone, without the pinning of the
+/// first and last points: what a free end point (KNOT_FREE_END_X) may travel.
+void NeighbourMoveRange(Curve& c, TimeValue t, int i, float& lo, float& hi);
+
+/// Number of points with KNOT_SELECTED.
+int SelectedCount(Curve& c);
+
+} // namespace curve_edit
