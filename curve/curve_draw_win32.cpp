@@ -83,7 +83,12 @@ void Curve::DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index
     if (count_ <= 0 || !hdc)
         return;
     EvalCache::Reader reader(evalCache_);
-    const CacheState* s = acquireState(reader, t);
+    // The cache test of every query (acquireState): unlocked first, then the locked test
+    // and rebuild.
+    reader.Count(1);
+    const CacheState* s = reader.Current();
+    if (!(s && s->HoldsAt(t)))
+        s = rebuildState(reader, t);
     if (!s)
         return;
     const int n = std::min(s->count, count_);

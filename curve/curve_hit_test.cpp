@@ -42,7 +42,12 @@ int Curve::HitTestCurve(TimeValue t, const CurveScreen& screen, const Box2& box,
     if (count_ <= 0)
         return 0;
     EvalCache::Reader reader(evalCache_);
-    const CacheState* s = acquireState(reader, t);
+    // The cache test of every query (acquireState): unlocked first, then the locked test
+    // and rebuild.
+    reader.Count(1);
+    const CacheState* s = reader.Current();
+    if (!(s && s->HoldsAt(t)))
+        s = rebuildState(reader, t);
     if (!s)
         return 0;
     // The cache is built from the point table, so both have count_ entries; take the
