@@ -18,13 +18,10 @@
 // file says can move a read outside its chunk.
 #include "curve/curve.h"
 
-#include "control/curve_control.h"
 #include "curvectl/messages.h"
 #include "host/chunk_values.h"
 
 #include <cstdlib>
-#include <cstring>
-#include <new>
 
 namespace {
 
@@ -126,11 +123,14 @@ IOResult Curve::Load(ILoad* iload) {
 
     // Reset: no points, no controllers, fresh cache; fitted width, curve flags and the
     // lookup size are those of a new curve, whatever they were when the file was saved.
-    DeleteAllRefsFromMe();
-    freeTables();
-    InvalidateCache();
-    fittedWidth_ = 1.0f;
-    curveFlags_ = 0;
+    {
+        auto tableLock = LockPointTable(); // an evaluation elsewhere must not see this
+        DeleteAllRefsFromMe();
+        freeTables();
+        InvalidateCache();
+        fittedWidth_ = 1.0f;
+        curveFlags_ = 0;
+    }
     SetLookupSize(1000);
 
     int nextPoint = 0; // the k-th 0x1030 chunk in file order fills point k
@@ -146,8 +146,11 @@ IOResult Curve::Load(ILoad* iload) {
         case kChunkCurveFlags: {
             uint32_t flags = 0;
             res = ReadLE32(iload, flags);
-            if (res == IO_OK)
+            if (res == IO_OK) {
+                auto tableLock = LockPointTable();
                 curveFlags_ = flags;
+                InvalidateCache();
+            }
             break;
         }
         case kChunkPoint:
@@ -183,6 +186,7 @@ IOResult Curve::loadCount(ILoad* iload) {
     if (n < 0 || (left != ILOAD_SIZE_UNKNOWN && ULONG(n) > left / kPointBytes))
         return IO_ERROR;
 
+    auto tableLock = LockPointTable();
     DeleteAllRefsFromMe();
     freeTables();
     InvalidateCache();
@@ -224,8 +228,11 @@ IOResult Curve::loadOldPoints(ILoad* iload) {
         uint32_t flags = 0;
         if ((r = ReadLE32(iload, flags)) != IO_OK)
             return r;
-        if (points_)
+        if (points_) {
+            auto tableLock = LockPointTable();
             points_[i].flags = flags;
+            InvalidateCache();
+        }
     }
     iload->SetObsolete();
     return IO_OK;
@@ -242,6 +249,8 @@ IOResult Curve::loadPoint(ILoad* iload, int k) {
             ULONG got = 0;
             res = iload->Read(b, sizeof(b), &got);
             if (res == IO_OK && points_ && k < count_) {
+                auto tableLock = LockPointTable();
+                InvalidateCache();
                 CurveKnot& p = points_[k];
                 p.pos = unpackPoint2(b);
                 p.inTan = unpackPoint2(b + 8) - p.pos;
