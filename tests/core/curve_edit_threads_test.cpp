@@ -16,14 +16,25 @@ TEST_CASE("edits on the UI thread while two threads evaluate the curve") {
          Knot(0.2f, 0.3f, KNOT_TYPE_BEZIER_SMOOTH, Point2(-0.05f, 0.0f), Point2(0.05f, 0.0f)),
          Knot(0.5f, 0.6f), Knot(0.8f, 0.4f), Knot(1.0f, 0.9f)});
     Curve& c = f.curve();
-    f.Animate(3);
+    // Point 3 moves between two keys, so the cache holds for one time only and the
+    // evaluating threads, each asking at ever new times, rebuild it (reading the point
+    // table) all the time.
+    Control* ctrl = f.Animate(3);
+    AnimateOn();
+    Point3 a(0.8f, 0.4f, 0.0f), b(0.85f, 0.6f, 0.0f);
+    ctrl->SetValue(0, &a, 1, CTRL_ABSOLUTE);
+    ctrl->SetValue(1000, &b, 1, CTRL_ABSOLUTE);
+    AnimateOff();
 
     std::atomic<bool> stop{false};
     std::atomic<long> bad{0};
+    std::atomic<int> running{0};
     auto evaluate = [&](bool lookup) {
+        running.fetch_add(1);
         for (long n = 0; !stop.load(std::memory_order_relaxed); ++n) {
             Interval valid = FOREVER;
-            const float y = c.ValueAt(kNow, float(n % 101) / 100.0f, valid, lookup ? TRUE : FALSE);
+            const float y = c.ValueAt(TimeValue(n % 1000), float(n % 101) / 100.0f, valid,
+                                      lookup ? TRUE : FALSE);
             // The curve stays well inside -1 .. 2 whatever the edits do; a torn read of a
             // half-changed table would show as garbage or not-a-number.
             if (!(y >= -1.0f && y <= 2.0f))
@@ -31,8 +42,10 @@ TEST_CASE("edits on the UI thread while two threads evaluate the curve") {
         }
     };
     std::thread exact(evaluate, false), table(evaluate, true);
+    while (running.load() < 2)
+        std::this_thread::yield(); // both evaluate before any edit
 
-    for (int round = 0; round < 150; ++round) {
+    for (int round = 0; round < 1500; ++round) {
         const float s = float(round % 10) / 10.0f;
         c.SetKnotPosition(kNow, 2, Point2(0.45f + 0.1f * s, 0.2f + 0.6f * s));
         c.SetKnotPosition(kNow, 3, Point2(0.75f + 0.1f * s, 0.8f - 0.6f * s)); // animated
