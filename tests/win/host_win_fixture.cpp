@@ -14,8 +14,25 @@ namespace hostwin_test {
 // -------------------------------------------------------------------------------------
 
 namespace {
+
 constexpr const char* kParentClass = "HostTestParent";
+
+// One visible top-level window for the whole run, holding each test's parent as a child.
+// Under Wine without a window manager, hiding or destroying a shown top-level window waits
+// two seconds for a withdrawal notice that never comes; child windows come and go at once.
+HWND Stage() {
+    static HWND stage = [] {
+        HWND w =
+            CreateWindowExA(0, "STATIC", "host tests", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, 20,
+                            20, 900, 600, nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);
+        ShowWindow(w, SW_SHOW);
+        UpdateWindow(w);
+        return w;
+    }();
+    return stage;
 }
+
+} // namespace
 
 ParentWindow::ParentWindow(int width, int height) {
     static bool registered = false;
@@ -29,9 +46,9 @@ ParentWindow::ParentWindow(int width, int height) {
         RegisterClassA(&wc);
         registered = true;
     }
-    hwnd_ = CreateWindowExA(0, kParentClass, "host test", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, 40,
-                            40, width, height, nullptr, nullptr, GetModuleHandleA(nullptr), this);
-    ShowWindow(hwnd_, SW_SHOW);
+    hwnd_ = CreateWindowExA(0, kParentClass, "host test",
+                            WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, 0, 0, width,
+                            height, Stage(), nullptr, GetModuleHandleA(nullptr), this);
     UpdateWindow(hwnd_);
 }
 

@@ -18,8 +18,8 @@ struct Received {
     LPARAM lParam;
 };
 
-/// A visible top-level window that records WM_COMMAND, WM_CUSTEDIT_ENTER and
-/// WM_NEXTDLGCTL from its children.
+/// A visible window (a child of one top-level stage window shared by all tests) that
+/// records WM_COMMAND, WM_CUSTEDIT_ENTER and WM_NEXTDLGCTL from its children.
 class ParentWindow {
 public:
     explicit ParentWindow(int width = 640, int height = 240);
