@@ -17,7 +17,7 @@ template <class F> void inHold(F change) {
     theHold.Accept("test");
 }
 
-bool close(float a, float b, float eps = 1e-5f) { return std::fabs(a - b) <= eps; }
+bool approx(float a, float b, float eps = 1e-5f) { return std::fabs(a - b) <= eps; }
 
 } // namespace
 
@@ -154,13 +154,13 @@ TEST_CASE("a mirrored curve evaluates to the mirrored function") {
     SetPoints(c, {Knot(0.0f, 0.0f, KNOT_ENDPOINT | KNOT_TYPE_CORNER),
                   Knot(1.0f, 1.0f, KNOT_ENDPOINT | KNOT_TYPE_CORNER)});
     Interval valid = FOREVER;
-    CHECK(close(c.ValueAt(0, 0.25f, valid, FALSE), 0.25f));
+    CHECK(approx(c.ValueAt(0, 0.25f, valid, FALSE), 0.25f));
     c.Mirror(0);
     valid = FOREVER;
-    CHECK(close(c.ValueAt(0, 0.25f, valid, FALSE), 0.75f)); // the old cache is gone
+    CHECK(approx(c.ValueAt(0, 0.25f, valid, FALSE), 0.75f)); // the old cache is gone
     c.Mirror(1);
     valid = FOREVER;
-    CHECK(close(c.ValueAt(0, 0.25f, valid, FALSE), 0.25f));
+    CHECK(approx(c.ValueAt(0, 0.25f, valid, FALSE), 0.25f));
 }
 
 TEST_CASE("mirror tells the owner's dependents once, unless notification is suspended") {
@@ -278,16 +278,16 @@ TEST_CASE("a quarter turn lays the curve out from exactly 0 to exactly 100") {
         CHECK((k[1].flags & KNOT_ENDPOINT) != 0);
         CHECK((k[2].flags & KNOT_ENDPOINT) != 0);
         // The old ends lie inside now: (x - lo) * s with s = w / 2 = 0.5 * w.
-        CHECK(close(k[0].pos.x, 1.0f * (w / 2.0f)));
-        CHECK(close(k[3].pos.x, 1.0f * (w / 2.0f)));
+        CHECK(approx(k[0].pos.x, 1.0f * (w / 2.0f)));
+        CHECK(approx(k[3].pos.x, 1.0f * (w / 2.0f)));
         CHECK((k[0].flags & KNOT_ENDPOINT) == 0);
         CHECK((k[3].flags & KNOT_ENDPOINT) == 0);
         // y: the old x turned, about the centre's y 0.
-        CHECK(close(k[0].pos.y, -0.5f * w));
-        CHECK(close(k[1].pos.y, -0.25f * w));
-        CHECK(close(k[2].pos.y, 0.25f * w));
-        CHECK(close(k[3].pos.y, 0.5f * w));
-        CHECK(close(c.FittedWidth(), 2.0f));
+        CHECK(approx(k[0].pos.y, -0.5f * w));
+        CHECK(approx(k[1].pos.y, -0.25f * w));
+        CHECK(approx(k[2].pos.y, 0.25f * w));
+        CHECK(approx(k[3].pos.y, 0.5f * w));
+        CHECK(approx(c.FittedWidth(), 2.0f));
     }
 }
 
@@ -300,21 +300,21 @@ TEST_CASE("clockwise and counter-clockwise turns go opposite ways") {
         c.Rotate(0, 0);
         // Centre (0.5, 0.5): point 0 -> (1, 0), point 1 -> (0.75, 0.5), point 2 -> (0, 1).
         CHECK(c.Knots()[0].pos.x == 100.0f);
-        CHECK(close(c.Knots()[0].pos.y, 0.0f));
-        CHECK(close(c.Knots()[1].pos.x, 0.75f));
-        CHECK(close(c.Knots()[1].pos.y, 0.5f));
+        CHECK(approx(c.Knots()[0].pos.y, 0.0f));
+        CHECK(approx(c.Knots()[1].pos.x, 0.75f));
+        CHECK(approx(c.Knots()[1].pos.y, 0.5f));
         CHECK(c.Knots()[2].pos.x == 0.0f);
-        CHECK(close(c.Knots()[2].pos.y, 1.0f));
+        CHECK(approx(c.Knots()[2].pos.y, 1.0f));
     }
     SUBCASE("clockwise") {
         c.Rotate(1, 0);
         // Point 0 -> (0, 1), point 1 -> (0.25, 0.5), point 2 -> (1, 0).
         CHECK(c.Knots()[0].pos.x == 0.0f);
-        CHECK(close(c.Knots()[0].pos.y, 1.0f));
-        CHECK(close(c.Knots()[1].pos.x, 0.25f));
-        CHECK(close(c.Knots()[1].pos.y, 0.5f));
+        CHECK(approx(c.Knots()[0].pos.y, 1.0f));
+        CHECK(approx(c.Knots()[1].pos.x, 0.25f));
+        CHECK(approx(c.Knots()[1].pos.y, 0.5f));
         CHECK(c.Knots()[2].pos.x == 100.0f);
-        CHECK(close(c.Knots()[2].pos.y, 0.0f));
+        CHECK(approx(c.Knots()[2].pos.y, 0.0f));
     }
 }
 
@@ -330,11 +330,11 @@ TEST_CASE("tangents turn with the points; handles within 0.01 of an end snap ont
     // The middle point stays at the centre (0.5, 0.5); its in-tangent (-0.125, 0) turns to
     // (0, -0.125) and its out-tangent (0, 0.125) to (-0.125, 0). lo 0, hi 1, s 1.
     const CurveKnot& m = c.Knots()[1];
-    CHECK(close(m.pos.x, 0.5f));
-    CHECK(close(m.inTan.x, 0.0f));
-    CHECK(close(m.inTan.y, -0.125f));
-    CHECK(close(m.outTan.x, -0.125f));
-    CHECK(close(m.outTan.y, 0.0f));
+    CHECK(approx(m.pos.x, 0.5f));
+    CHECK(approx(m.inTan.x, 0.0f));
+    CHECK(approx(m.inTan.y, -0.125f));
+    CHECK(approx(m.outTan.x, -0.125f));
+    CHECK(approx(m.outTan.y, 0.0f));
     // The end points have no handles: their absolute handles snap with them, so the
     // tangents come out exactly zero in x.
     CHECK(c.Knots()[2].pos.x == 0.0f);
@@ -366,17 +366,17 @@ TEST_CASE("the fit starts from the fitted width: x is scaled by fitted width / r
         c.SetFittedWidth(1.0f);
         c.Rotate(0, 0);
         // (0, 0), (1, 1) about (0.5, 0.5): y becomes 0 and 1.
-        CHECK(close(c.Knots()[0].pos.y, 0.0f));
-        CHECK(close(c.Knots()[1].pos.y, 1.0f));
+        CHECK(approx(c.Knots()[0].pos.y, 0.0f));
+        CHECK(approx(c.Knots()[1].pos.y, 1.0f));
     }
     SUBCASE("fitted width 2: no scaling") {
         c.SetFittedWidth(2.0f);
         c.Rotate(0, 0);
         // (0, 0), (2, 1) about (1, 0.5): y becomes -0.5 and 1.5.
-        CHECK(close(c.Knots()[0].pos.y, -0.5f));
-        CHECK(close(c.Knots()[1].pos.y, 1.5f));
+        CHECK(approx(c.Knots()[0].pos.y, -0.5f));
+        CHECK(approx(c.Knots()[1].pos.y, 1.5f));
     }
-    CHECK(close(c.FittedWidth(), 1.0f)); // hi - lo of the turned points: the old y span
+    CHECK(approx(c.FittedWidth(), 1.0f)); // hi - lo of the turned points: the old y span
 }
 
 TEST_CASE("a flat curve turns onto one x: fitted width 0 and no fit") {
@@ -396,7 +396,7 @@ TEST_CASE("a flat curve turns onto one x: fitted width 0 and no fit") {
         for (int i = 0; i < 3; ++i) {
             CAPTURE(i);
             CHECK(c.Knots()[i].pos.x == 0.75f);
-            CHECK(close(c.Knots()[i].pos.y, 0.25f + 0.25f * float(i)));
+            CHECK(approx(c.Knots()[i].pos.y, 0.25f + 0.25f * float(i)));
             CHECK((c.Knots()[i].flags & KNOT_ENDPOINT) == 0);
         }
     }

@@ -15,7 +15,7 @@ SplineKnot corner(float x, float y) {
     return SplineKnot(KTYPE_CORNER, LTYPE_CURVE, p, p, p);
 }
 
-bool near(const Point3& a, const Point3& b, float eps = 1e-6f) {
+bool nearly(const Point3& a, const Point3& b, float eps = 1e-6f) {
     return std::fabs(a.x - b.x) <= eps && std::fabs(a.y - b.y) <= eps &&
            std::fabs(a.z - b.z) <= eps;
 }
@@ -76,7 +76,7 @@ TEST_CASE("corner knots on a curve segment give a straight line") {
         CHECK(sp.GetBezPoint(i) == P(0, 0, 0));
     for (int i = 3; i < 6; ++i)
         CHECK(sp.GetBezPoint(i) == P(1, 0, 0));
-    CHECK(near(sp.InterpBezier3D(0, 0.5f), P(0.5f, 0, 0)));
+    CHECK(nearly(sp.InterpBezier3D(0, 0.5f), P(0.5f, 0, 0)));
     CHECK(sp.GetKnot(0).OutVec() == P(0, 0, 0));
 }
 
@@ -88,14 +88,14 @@ TEST_CASE("auto knots get smooth vectors a third of the way to each neighbour") 
     // Middle knot: chord (0,0) -> (2,0) gives direction (1, 0); both neighbours are
     // sqrt(2) away, so each vector is sqrt(2)/3 long.
     const float third = std::sqrt(2.0f) / 3.0f;
-    CHECK(near(sp.GetKnot(1).InVec(), P(1.0f - third, 1, 0)));
-    CHECK(near(sp.GetKnot(1).OutVec(), P(1.0f + third, 1, 0)));
+    CHECK(nearly(sp.GetKnot(1).InVec(), P(1.0f - third, 1, 0)));
+    CHECK(nearly(sp.GetKnot(1).OutVec(), P(1.0f + third, 1, 0)));
     // First knot of an open spline: aims at its only neighbour, no in-handle.
-    CHECK(near(sp.GetKnot(0).InVec(), P(0, 0, 0)));
-    CHECK(near(sp.GetKnot(0).OutVec(), P(1.0f / 3.0f, 1.0f / 3.0f, 0)));
+    CHECK(nearly(sp.GetKnot(0).InVec(), P(0, 0, 0)));
+    CHECK(nearly(sp.GetKnot(0).OutVec(), P(1.0f / 3.0f, 1.0f / 3.0f, 0)));
     // The curve passes through its knots.
-    CHECK(near(sp.InterpBezier3D(0, 1.0f), P(1, 1, 0)));
-    CHECK(near(sp.InterpBezier3D(1, 0.0f), P(1, 1, 0)));
+    CHECK(nearly(sp.InterpBezier3D(0, 1.0f), P(1, 1, 0)));
+    CHECK(nearly(sp.InterpBezier3D(1, 0.0f), P(1, 1, 0)));
 }
 
 TEST_CASE("a line segment pulls its inner control points onto its ends") {
@@ -107,7 +107,7 @@ TEST_CASE("a line segment pulls its inner control points onto its ends") {
     CHECK(sp.GetKnot(0).OutVec() == P(0, 0, 0));
     CHECK(sp.GetKnot(1).InVec() == P(2, 0, 0));
     CHECK(sp.GetKnot(1).OutVec() == P(3, 0, 0));
-    CHECK(near(sp.InterpBezier3D(0, 0.25f), P(0.3125f, 0, 0)));
+    CHECK(nearly(sp.InterpBezier3D(0, 0.25f), P(0.3125f, 0, 0)));
 }
 
 TEST_CASE("a closed spline wraps its last segment to the first knot") {
@@ -117,7 +117,7 @@ TEST_CASE("a closed spline wraps its last segment to the first knot") {
     sp.AddKnot(corner(1, 1));
     sp.SetClosed(TRUE);
     sp.ComputeBezPoints();
-    CHECK(near(sp.InterpBezier3D(2, 0.5f), P(0.5f, 0.5f, 0)));
+    CHECK(nearly(sp.InterpBezier3D(2, 0.5f), P(0.5f, 0.5f, 0)));
     CHECK(sp.InterpBezier3D(3, 0.5f) == Point3());
 }
 
@@ -129,7 +129,7 @@ TEST_CASE("Bezier points go stale on change and interpolation brings them up to 
     CHECK(sp.BezPointsValid());
     sp.AddKnot(corner(2, 2));
     CHECK_FALSE(sp.BezPointsValid());
-    CHECK(near(sp.InterpBezier3D(1, 0.5f), P(1.5f, 1, 0)));
+    CHECK(nearly(sp.InterpBezier3D(1, 0.5f), P(1.5f, 1, 0)));
     CHECK(sp.BezPointsValid());
     CHECK(sp.BezPointCount() == 9);
 }
