@@ -439,6 +439,8 @@ const LookupTable* Curve::buildLookupTable(EvalCache::Reader& r, const CacheStat
 
     s.lookupOwner = table;
     s.lookup.store(table.get(), std::memory_order_release);
+    if (s.plainLookup)
+        s.quickLookup.store(table.get(), std::memory_order_release);
     evalCache_.SetTableMemory(std::move(table));
     return s.lookup.load(std::memory_order_relaxed);
 }
@@ -463,7 +465,7 @@ float Curve::ValueAt(TimeValue t, float x, Interval& valid, BOOL useLookup) {
     const LookupTable* lt;
     if (useLookup && n >= 0 && (slot = evalCache_.AttachedSlot(n)) &&
         (s = evalCache_.Published()) && s == slot->hazard.load(std::memory_order_relaxed) &&
-        s->plainLookup && (lt = s->lookup.load(std::memory_order_acquire))) {
+        (lt = s->quickLookup.load(std::memory_order_acquire))) {
         const Point2 xr = ownerXRange(owner_);
         const float f = (x - xr.x) * lt->indexScale;
         if (!(x > xr.y) && !(x < xr.x) && f > -1.0f && f < lt->sizeAsFloat) [[likely]] {

@@ -66,7 +66,7 @@ struct CacheState {
     TimeValue firstTime = 1; // validity as a plain range (1 .. 0 when empty)
     TimeValue lastTime = 0;
     bool forever = false;         // validity is FOREVER: narrowing by it changes nothing
-    bool plainLookup = false;     // forever, and two or more points: ValueAt's quick case
+    bool plainLookup = false;     // forever, and two or more points: see quickLookup
     int count = 0;                // number of records
     int lookupSize = 0;           // the curve's lookup size when this state was built
     bool ordered = false;         // record x positions never decrease: binary search is exact
@@ -76,6 +76,9 @@ struct CacheState {
 
     /// The lookup table, null until first needed; set once under the cache lock.
     mutable std::atomic<const LookupTable*> lookup{nullptr};
+    /// `lookup` when the state is plainLookup, else null: the one test ValueAt's quick
+    /// case needs (set together with `lookup`).
+    mutable std::atomic<const LookupTable*> quickLookup{nullptr};
     /// Owns `lookup` (shared with the curve's table memory).
     mutable std::shared_ptr<const LookupTable> lookupOwner;
 };
@@ -112,8 +115,9 @@ public:
     const CacheState* Published() const { return state_.load(std::memory_order_acquire); }
     /// Slot n of this curve when this curve has met slot n before, else null.
     ReaderSlot* AttachedSlot(int n) const {
-        ReaderSlot* chunk = chunks_[n / kSlotsPerChunk].load(std::memory_order_acquire);
-        return chunk ? chunk + n % kSlotsPerChunk : nullptr;
+        const unsigned u = unsigned(n); // n >= 0: unsigned division is a plain shift
+        ReaderSlot* chunk = chunks_[u / kSlotsPerChunk].load(std::memory_order_acquire);
+        return chunk ? chunk + u % kSlotsPerChunk : nullptr;
     }
 
     /// The values the lookup table held last (entries a build does not reach keep them).

@@ -271,7 +271,7 @@ void runCurve(int number, Rng& rng) {
 
 TEST_CASE("evaluation matches the reference bit for bit on random curves") {
     Rng rng(0x5EED2024u);
-    const int curves = evaltest::Scaled(3000, 50);
+    const int curves = evaltest::Scaled(2000, 50);
     for (int i = 0; i < curves; ++i)
         runCurve(i, rng);
 }
