@@ -6,7 +6,8 @@
 // back points and controllers alike.
 //
 // A curve without an owner has no x range: it keeps its points under a horizontal mirror
-// and a rotation (its controllers are still dropped, as for every call).
+// and a rotation, and so does a rotation under an empty x range, which has nothing to fit
+// into (the controllers are still dropped, as for every call).
 #include "curve/curve.h"
 
 #include "control/curve_control.h"
@@ -54,11 +55,15 @@ float snapFitted(float v, float lo, float hi, float s, bool& end) {
 }
 
 /// A mirrored or rotated curve is no longer animated. Recorded by the hold like any
-/// reference change, so undo brings the controllers back.
+/// reference change, so undo brings the controllers back. The controller table changes
+/// under the point-table lock, so that no evaluation rebuilds from a controller that is
+/// going away.
 void dropControllers(Curve& c) {
+    auto lock = c.LockPointTable();
     for (int i = 0; i < c.PointCount(); ++i)
         if (c.Controller(i))
             c.DeleteReference(i);
+    c.InvalidateCache();
 }
 
 /// The common tail: drop the evaluation cache and tell the owner's dependents. No redraw:

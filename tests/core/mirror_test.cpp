@@ -409,6 +409,20 @@ TEST_CASE("a flat curve turns onto one x: fitted width 0 and no fit") {
     }
 }
 
+TEST_CASE("a rotation under an empty x range has nothing to fit into and keeps the points") {
+    CleanHold hold;
+    TestControl ctl(1);
+    ctl->SetXRange(0.5f, 0.5f, FALSE);
+    Curve& c = ctl.curve(0);
+    SetPoints(c, {Knot(0.0f, 0.0f), Knot(1.0f, 1.0f)});
+    Animate(c, 1);
+    c.Rotate(0, 0);
+    CHECK(c.Knots()[0].pos == Point2(0.0f, 0.0f));
+    CHECK(c.Knots()[1].pos == Point2(1.0f, 1.0f));
+    CHECK(c.FittedWidth() == 1.0f);
+    CHECK_FALSE(AnyController(c));
+}
+
 TEST_CASE("undo of a rotation restores points, controllers and the fitted width exactly") {
     CleanHold hold;
     RandomCurves rnd(99u);
