@@ -169,40 +169,57 @@ public:
     }
     /// @}
 
-    /// @name Point editing (curve_edit.cpp)
-    /// t is the time at which animated points are read and set.
+    /// @name Point editing (curve_edit.cpp, curve_select.cpp, curve_insert_delete.cpp)
+    /// t is the time at which animated points are read and set; positions are read through
+    /// the cache (CachedPosition ...). Indices outside the table and non-finite values are
+    /// ignored. Each change puts its undo record while theHold is holding, stores the new
+    /// state under LockPointTable(), drops the cache, and sends its client message last.
     /// @{
     /// The point-position setter: stores the position of point i (through its controller
-    /// when animated), records it for undo, sends CURVE_MSG_POINT_CHANGED.
+    /// when animated), records it in the hold's DeformPtPosChange, sends
+    /// CURVE_MSG_POINT_CHANGED every time, even when the point did not move.
     void SetKnotPosition(TimeValue t, int i, const Point2& pos);
-    /// Returns 1 (in) or 2 (out) when the tangent changed by more than 0.0001, else 0.
+    /// Sets the absolute in- (out-) handle. Returns 1 (in) or 2 (out) when the tangent
+    /// changed by more than 0.0001, else 0 (and then stores and records nothing).
     int SetInHandle(TimeValue t, int i, const Point2& handle, BOOL invalidate, BOOL notify);
     int SetOutHandle(TimeValue t, int i, const Point2& handle, BOOL invalidate, BOOL notify);
-    /// Allowed dx of point i, or of the whole selection for an index out of range.
+    /// Allowed dx of point i ([0, 0] for the first and last point and for a curve without
+    /// points), or of the whole selection moving together for an index out of range.
     void GetMoveRange(TimeValue t, int i, float& lo, float& hi);
+    /// Allowed dy of point i or of the selection; +-1e8 unless the owner has CC_CONSTRAIN_Y.
     void GetMoveYRange(TimeValue t, int i, float& lo, float& hi);
-    /// Allowed dx / dy of one handle (selector 0x100 in, 0x200 out).
+    /// Allowed dx / dy of one handle (selector 0x200 out, else in).
     void GetHandleXRange(TimeValue t, int i, int selector, float& lo, float& hi);
     void GetHandleYRange(TimeValue t, int i, int selector, float& lo, float& hi);
+    /// Clamps a requested position of point i into its move ranges, in place.
     void ClampKnotPosition(TimeValue t, int i, Point2& pos);
+    /// Sets a tangent (relative) as a drag clamped into the handle's ranges.
     void SetHandleConstrained(TimeValue t, int i, int selector, const Point2& tangent);
-    /// Drags a handle by (dx, dy); selector bit 0x2 breaks the tangent first.
+    /// Drags a handle by (dx, dy); selector bit 0x2 breaks the tangent first. A
+    /// Bezier-Smooth point's other handle follows, collinear, inside its segment.
     void DragHandle(TimeValue t, int i, int selector, float dx, float dy);
+    /// y' = (y - origin) * factor + origin for the selected points and their handles.
     void ScaleSelectedY(TimeValue t, float origin, float factor, BOOL skipAnimated);
-    /// Splits segment i at x without changing the shape; kind 0 corner, 1 Bezier.
+    /// Splits segment i at x, kind 0 corner, 1 Bezier (which keeps the shape exactly); the
+    /// new point becomes the only selected one. 1 when a point was inserted, else 0.
     int InsertKnotAtX(TimeValue t, int i, float x, int kind);
-    /// Deletes point i; with `noRecord` no undo record is made (undo's own use).
+    /// Deletes point i; with `noRecord` no undo record and no message (undo's own use).
     void DeleteKnotEx(int i, BOOL noRecord);
-    /// Deletes every selected point, last first; returns how many were deleted.
+    /// Deletes every selected point but the end points, last first; returns how many.
     int DeleteSelectedKnots();
-    /// Selection change with undo record; `notify` FALSE sends no CURVE_MSG_SELECTION.
+    /// Selection change, mode 1 add, 2 remove, 4 replace; `notify` FALSE sends no
+    /// CURVE_MSG_SELECTION. A change that changes nothing puts no record.
     void SetSelectionEx(const BitArray& sel, int mode, BOOL notify);
-    /// Changes point i to type `type` (flags & 3), re-deriving its tangents.
+    /// Changes point i to type `type` (flags & 3), re-deriving its tangents (rules in
+    /// curve_edit.cpp); an end point may not become Bezier-Smooth. KNOT_TYPE_CHANGE_REFIT:
+    /// the point has just become an end point of a refit; only the type changes.
     void ChangeKnotType(TimeValue t, int i, int type, int mode = KNOT_TYPE_CHANGE_FROM_MENU);
-    /// Sets x (or y) of every selected point; TRUE when a point changed.
+    /// Moves x (or y) of every selected point towards the value as far as the constraints
+    /// allow (end points keep their x); TRUE when a point moved.
     BOOL SetSelectedX(TimeValue t, float x);
     BOOL SetSelectedY(TimeValue t, float y);
-    /// Position of the selected points at t; SELPOS_... flags, `valid` narrowed.
+    /// Position of the first selected point at t and SELPOS_... flags (x / y shared by
+    /// every selected point); 0 and (0, 0) without a selection, else `valid` narrowed.
     int GetSelectedPosition(TimeValue t, Point2& pos, Interval& valid);
     /// Gives selected points controllers in animate mode; TRUE when any was made.
     BOOL AnimateSelectedKnots(BOOL create, BitArray* created);
