@@ -32,6 +32,8 @@
 //       lParam = the button's window.
 //   WM_CUSTEDIT_ENTER (1709): Enter was pressed in an entry field that wants it
 //       (ICustEdit::WantReturn); wParam = the field's control id, lParam = its window.
+//   WM_NEXTDLGCTL: Tab was pressed in an entry field (wParam 1 with Shift, else 0;
+//       lParam FALSE), so that the owner can move the focus to its next field.
 //
 // Windows only.
 #pragma once

@@ -12,6 +12,9 @@
 // Destruction order is the reverse of declaration, so a SelectedObject declared after the
 // object it selects is undone before the object is deleted, as GDI requires.
 //
+// Objects the host owns for the life of the process (the colour manager's brushes, the
+// user-interface font) are not counted: they are not anyone's leak.
+//
 // Counts are per process, for the user-interface thread. Windows only.
 #pragma once
 
