@@ -1,7 +1,7 @@
 // Point editing under the curve's constraints: the point-position and tangent setters,
-// move and handle ranges, clamping, handle drags, scaling, whole-point storing, point
-// types and SetKnot. Selection is in curve_select.cpp, insertion and deletion in
-// curve_insert_delete.cpp.
+// move and handle ranges, clamping, handle drags, scaling, whole-point storing and
+// SetKnot. Point types are in curve_knot_type.cpp, selection in curve_select.cpp,
+// insertion and deletion in curve_insert_delete.cpp.
 //
 // The constraints: the point table never folds back on itself in x, the first and last
 // points keep their x, a handle stays between its point and the neighbouring point on its
@@ -21,7 +21,7 @@
 //   [SECTION] Move ranges and clamping
 //   [SECTION] Handle drags
 //   [SECTION] Scaling
-//   [SECTION] Whole points and point types
+//   [SECTION] Whole points
 //   [SECTION] SetKnot
 #include "control/curve_control.h"
 #include "curve/curve.h"
@@ -33,7 +33,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 using namespace curve_edit;
 
@@ -96,20 +95,11 @@ int SelectedCount(Curve& c) {
 } // namespace curve_edit
 
 // ---------------------------------------------------------------------------------------
-// [SECTION] Neighbours and handle geometry
+// [SECTION] Neighbours and handle geometry (curve_edit_detail.h)
 
-namespace {
+namespace curve_edit {
 
-/// A neighbour of point i. On a cyclic curve the first and last points are neighbours
-/// across the wrap; there the neighbour usually lies on the "wrong" side in x (the left
-/// neighbour of point 0 is the last point, far to the right), and the roles of left and
-/// right are exchanged for it.
-struct Neighbour {
-    int index = -1;      // -1: no neighbour on this side
-    bool across = false; // across the wrap and on the other side in x
-};
-
-Neighbour leftNeighbour(Curve& c, TimeValue t, int i) {
+Neighbour LeftNeighbour(Curve& c, TimeValue t, int i) {
     const int n = c.PointCount();
     if (i > 0)
         return {i - 1, false};
@@ -118,7 +108,7 @@ Neighbour leftNeighbour(Curve& c, TimeValue t, int i) {
     return {n - 1, c.CachedPosition(t, n - 1).x > c.CachedPosition(t, i).x};
 }
 
-Neighbour rightNeighbour(Curve& c, TimeValue t, int i) {
+Neighbour RightNeighbour(Curve& c, TimeValue t, int i) {
     const int n = c.PointCount();
     if (i < n - 1)
         return {i + 1, false};
@@ -127,10 +117,7 @@ Neighbour rightNeighbour(Curve& c, TimeValue t, int i) {
     return {0, c.CachedPosition(t, 0).x < c.CachedPosition(t, i).x};
 }
 
-/// Moves the absolute handle h back along the line from p until its x equals limitX, when
-/// it reaches past limitX (the x of the neighbour on its side: to the right of p when
-/// `limitOnRight`). When p itself stands at or past the limit, the handle collapses onto p.
-Point2 shortenToX(const Point2& p, const Point2& h, float limitX, bool limitOnRight) {
+Point2 ShortenToX(const Point2& p, const Point2& h, float limitX, bool limitOnRight) {
     const bool passes = limitOnRight ? h.x > limitX : h.x < limitX;
     if (!passes)
         return h;
@@ -142,15 +129,9 @@ Point2 shortenToX(const Point2& p, const Point2& h, float limitX, bool limitOnRi
     return r;
 }
 
-/// Moves h back along the line from p into [low, high] in y. When p itself lies outside,
-/// the handle collapses onto p rather than flipping to the other side.
-Point2 shortenToY(const Point2& p, const Point2& h, float low, float high) {
+Point2 ShortenToY(const Point2& p, const Point2& h, float low, float high) {
     auto towards = [&](float limit) {
-        float f = (limit - p.y) / (h.y - p.y);
-        if (!(f > 0.0f))
-            f = 0.0f;
-        if (f > 1.0f)
-            f = 1.0f;
+        const float f = std::clamp((limit - p.y) / (h.y - p.y), 0.0f, 1.0f);
         Point2 r = p + (h - p) * f;
         if (f > 0.0f)
             r.y = limit;
@@ -163,11 +144,7 @@ Point2 shortenToY(const Point2& p, const Point2& h, float low, float high) {
     return h;
 }
 
-bool sameKnot(const CurveKnot& a, const CurveKnot& b) {
-    return std::memcmp(&a, &b, sizeof(CurveKnot)) == 0;
-}
-
-} // namespace
+} // namespace curve_edit
 
 // ---------------------------------------------------------------------------------------
 // [SECTION] Position and tangent setters
@@ -274,8 +251,8 @@ void selectionMoveRange(Curve& c, TimeValue t, float& lo, float& hi) {
             continue;
         if (!cyclic && (k[i].flags & KNOT_ENDPOINT))
             continue;
-        const Neighbour l = leftNeighbour(c, t, i);
-        const Neighbour r = rightNeighbour(c, t, i);
+        const Neighbour l = LeftNeighbour(c, t, i);
+        const Neighbour r = RightNeighbour(c, t, i);
         if (l.index >= 0 && staysInX(l.index))
             limitByLeft(c, t, i, l, lo, hi);
         if (r.index >= 0 && staysInX(r.index))
@@ -350,14 +327,14 @@ void Curve::GetHandleXRange(TimeValue t, int i, int selector, float& lo, float& 
         return;
     const float px = CachedPosition(t, i).x;
     if (selector & kOutHandle) {
-        const Neighbour r = rightNeighbour(*this, t, i);
+        const Neighbour r = RightNeighbour(*this, t, i);
         if (r.index < 0)
             return; // the last point's out-handle: [0, 0]
         const float hx = CachedOutHandle(t, i).x, nx = CachedPosition(t, r.index).x;
         lo = (r.across ? nx : px) - hx;
         hi = (r.across ? px : nx) - hx;
     } else {
-        const Neighbour l = leftNeighbour(*this, t, i);
+        const Neighbour l = LeftNeighbour(*this, t, i);
         if (l.index < 0)
             return; // the first point's in-handle: [0, 0]
         const float hx = CachedInHandle(t, i).x, nx = CachedPosition(t, l.index).x;
@@ -441,8 +418,8 @@ void dragHandle(Curve& c, TimeValue t, int i, int selector, float dx, float dy, 
     const Point2 outH = c.CachedOutHandle(t, i);
     const Point2 h = out ? outH : inH; // the dragged handle
     const Point2 o = out ? inH : outH; // the opposite one
-    const Neighbour own = out ? rightNeighbour(c, t, i) : leftNeighbour(c, t, i);
-    const Neighbour opposite = out ? leftNeighbour(c, t, i) : rightNeighbour(c, t, i);
+    const Neighbour own = out ? RightNeighbour(c, t, i) : LeftNeighbour(c, t, i);
+    const Neighbour opposite = out ? LeftNeighbour(c, t, i) : RightNeighbour(c, t, i);
     const YConfinement y = YConfinementOf(c);
 
     // The dragged handle stays on its own side of the point.
@@ -461,9 +438,9 @@ void dragHandle(Curve& c, TimeValue t, int i, int selector, float dx, float dy, 
         // Collinear and opposite, its length scaled as the dragged handle's was.
         no = p - Normalize(nh - p) * (Length(o - p) * ratio);
         if (opposite.index >= 0)
-            no = shortenToX(p, no, c.CachedPosition(t, opposite.index).x, !rightSide);
+            no = ShortenToX(p, no, c.CachedPosition(t, opposite.index).x, !rightSide);
         if (y.on)
-            no = shortenToY(p, no, y.low, y.high);
+            no = ShortenToY(p, no, y.low, y.high);
     }
 
     const int changed = c.SetInHandle(t, i, out ? no : nh, FALSE, FALSE) |
@@ -535,7 +512,7 @@ void Curve::ScaleSelectedY(TimeValue t, float origin, float factor, BOOL skipAni
 }
 
 // ---------------------------------------------------------------------------------------
-// [SECTION] Whole points and point types
+// [SECTION] Whole points
 
 void Curve::StoreKnot(int i, const CurveKnot& knot) {
     if (i < 0 || i >= count_ || !points_)
@@ -547,114 +524,6 @@ void Curve::StoreKnot(int i, const CurveKnot& knot) {
     auto lock = LockPointTable();
     points_[i] = knot;
     InvalidateCache();
-}
-
-namespace {
-
-bool isZero(const Point2& tan) { return !Different(tan, Point2()); }
-
-/// A tangent of point p kept inside its segment (the neighbour's x, when there is one) and,
-/// under CC_CONSTRAIN_Y, inside the y range, shortened along its own line. A tangent that
-/// needs no shortening is returned as it is, bit for bit.
-Point2 keepInside(const Point2& p, const Point2& tan, const Neighbour& n, const Point2& np,
-                  bool onRight, const YConfinement& y) {
-    const Point2 h = p + tan;
-    Point2 s = n.index >= 0 && !n.across ? shortenToX(p, h, np.x, onRight) : h;
-    if (y.on)
-        s = shortenToY(p, s, y.low, y.high);
-    return s == h ? tan : s - p;
-}
-
-/// Tangents of a point that becomes Bezier-Smooth: collinear, opposite, each inside its
-/// segment (and inside the y range under CC_CONSTRAIN_Y).
-///
-/// A point that already has both handles keeps their lengths and turns them to the mean
-/// of their directions, so a Bezier-Corner point straightens the least it can (handles
-/// already in line stay exactly as they are). Otherwise (a Corner point, or handles that
-/// point the wrong way) the direction is that of the line through the two neighbours, as
-/// in a Catmull-Rom spline, and each handle reaches a third of the way to its neighbour
-/// in x.
-void smoothTangents(Curve& c, TimeValue t, int i, CurveKnot& k) {
-    const Point2 p = c.CachedPosition(t, i);
-    const Neighbour l = leftNeighbour(c, t, i), r = rightNeighbour(c, t, i);
-    const bool hasL = l.index >= 0 && !l.across, hasR = r.index >= 0 && !r.across;
-    const Point2 lp = hasL ? c.CachedPosition(t, l.index) : p;
-    const Point2 rp = hasR ? c.CachedPosition(t, r.index) : p;
-
-    Point2 d;
-    if (!isZero(k.inTan) && !isZero(k.outTan))
-        d = Normalize(Normalize(k.outTan) - Normalize(k.inTan));
-    if (!(d.x > 0.0f)) {
-        const Point2 chord = rp - lp;
-        d = chord.x > 0.0f ? Normalize(Point2(1.0f, chord.y / chord.x)) : Point2(1.0f, 0.0f);
-    }
-    // A handle already along the direction keeps its exact value.
-    auto along = [&](const Point2& tan, const Point2& dir, float dxToNeighbour) {
-        if (isZero(tan))
-            return dir * (std::fabs(dxToNeighbour) / 3.0f / d.x);
-        if (!Different(Normalize(tan), dir))
-            return tan;
-        return dir * Length(tan);
-    };
-    const YConfinement y = YConfinementOf(c);
-    k.inTan = keepInside(p, along(k.inTan, -d, p.x - lp.x), l, lp, false, y);
-    k.outTan = keepInside(p, along(k.outTan, d, rp.x - p.x), r, rp, true, y);
-}
-
-/// Tangents of a point that becomes Bezier-Corner from Corner: a handle that has no
-/// length reaches a third of the way to its neighbour along the chord, so the user gets
-/// handles to drag and a segment between two such points stays the straight line it was.
-/// Handles that have a length are kept; a handle without a neighbour stays as it is.
-void cornerHandles(Curve& c, TimeValue t, int i, CurveKnot& k) {
-    const Point2 p = c.CachedPosition(t, i);
-    const Neighbour l = leftNeighbour(c, t, i), r = rightNeighbour(c, t, i);
-    if (l.index >= 0 && isZero(k.inTan))
-        k.inTan = (c.CachedPosition(t, l.index) - p) / 3.0f;
-    if (r.index >= 0 && isZero(k.outTan))
-        k.outTan = (c.CachedPosition(t, r.index) - p) / 3.0f;
-}
-
-} // namespace
-
-// Point types: 2 Corner, 1 Bezier-Smooth, 3 Bezier-Corner (flags & 3).
-//
-// From the menu (mode 0):
-//   - Corner: both tangents become zero; the curve has a sharp point there.
-//   - Bezier-Smooth: see smoothTangents. End points may not be Bezier-Smooth: the request
-//     leaves them unchanged.
-//   - Bezier-Corner: from Bezier-Smooth only the coupling of the handles is released
-//     (tangents kept); from Corner see cornerHandles.
-//   A point that already has the type is left as it is.
-// Refit (mode 3, Rotate): the point has just become an end point of a refitted curve and
-// the caller sets its handles itself; a Bezier-Smooth type turns into Bezier-Corner, any
-// other type is stored as given, and the tangents are kept.
-// The change is one DeformPtChange (StoreKnot); no client message is sent.
-void Curve::ChangeKnotType(TimeValue t, int i, int type, int mode) {
-    if (i < 0 || i >= count_ || !points_)
-        return;
-    if (type < KNOT_TYPE_BEZIER_SMOOTH || type > KNOT_TYPE_BEZIER_CORNER)
-        return;
-    CurveKnot k = points_[i];
-    const int old = int(k.flags & KNOT_TYPE_MASK);
-    if (mode == KNOT_TYPE_CHANGE_REFIT) {
-        if (type == KNOT_TYPE_BEZIER_SMOOTH)
-            type = KNOT_TYPE_BEZIER_CORNER;
-    } else {
-        if (type == old)
-            return;
-        if (type == KNOT_TYPE_BEZIER_SMOOTH && (k.flags & KNOT_ENDPOINT))
-            return;
-        if (type == KNOT_TYPE_CORNER) {
-            k.inTan = k.outTan = Point2();
-        } else if (type == KNOT_TYPE_BEZIER_SMOOTH) {
-            smoothTangents(*this, t, i, k);
-        } else if (old != KNOT_TYPE_BEZIER_SMOOTH) {
-            cornerHandles(*this, t, i, k);
-        }
-    }
-    k.flags = (k.flags & ~uint32_t(KNOT_TYPE_MASK)) | uint32_t(type);
-    if (!sameKnot(k, points_[i]))
-        StoreKnot(i, k);
 }
 
 // ---------------------------------------------------------------------------------------

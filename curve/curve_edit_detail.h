@@ -1,5 +1,5 @@
-// Helpers shared by the point-editing files of Curve (curve_edit.cpp, curve_select.cpp,
-// curve_insert_delete.cpp). Not part of the curve's interface.
+// Helpers shared by the point-editing files of Curve (curve_edit.cpp, curve_knot_type.cpp,
+// curve_select.cpp, curve_insert_delete.cpp). Not part of the curve's interface.
 //
 // Undo records of one hold. A DeformPtPosChange gathers every position and tangent change
 // of a hold into one record whose "after" arrays are rewritten as the hold goes on, and
@@ -60,6 +60,26 @@ bool StorePosition(Curve& c, TimeValue t, int i, const Point2& pos);
 /// The x range of point i against its neighbours alone, without the pinning of the
 /// first and last points: what a free end point (KNOT_FREE_END_X) may travel.
 void NeighbourMoveRange(Curve& c, TimeValue t, int i, float& lo, float& hi);
+
+/// A neighbour of point i. On a cyclic curve the first and last points are neighbours
+/// across the wrap; there the neighbour usually lies on the "wrong" side in x (the left
+/// neighbour of point 0 is the last point, far to the right), and the roles of left and
+/// right are exchanged for it.
+struct Neighbour {
+    int index = -1;      // -1: no neighbour on this side
+    bool across = false; // across the wrap and on the other side in x
+};
+Neighbour LeftNeighbour(Curve& c, TimeValue t, int i);
+Neighbour RightNeighbour(Curve& c, TimeValue t, int i);
+
+/// Moves the absolute handle h back along the line from p until its x equals limitX, when
+/// it reaches past limitX (the x of the neighbour on its side: to the right of p when
+/// `limitOnRight`). When p itself stands at or past the limit, the handle collapses onto p.
+Point2 ShortenToX(const Point2& p, const Point2& h, float limitX, bool limitOnRight);
+
+/// Moves h back along the line from p into [low, high] in y. When p itself lies outside,
+/// the handle collapses onto p rather than flipping to the other side.
+Point2 ShortenToY(const Point2& p, const Point2& h, float low, float high);
 
 /// Number of points with KNOT_SELECTED.
 int SelectedCount(Curve& c);
