@@ -71,10 +71,16 @@ public:
 
     /// @name Inserting and deleting
     /// @{
-    /// Inserts `knot` at index `where`; returns the index. `noRecord` TRUE makes no undo
-    /// record (used by undo itself).
+    /// Inserts `knot` as it is at index `where` (clamped into 0 .. PointCount()); returns
+    /// the index, or -1 for a knot with a non-finite coordinate. The new point has no
+    /// controller. The client window hears CURVE_MSG_POINT_INSERTED, then, when the knot is
+    /// selected, CURVE_MSG_SELECTION. `noRecord` TRUE makes no undo record and sends no
+    /// message (used by undo itself).
     virtual int InsertKnotEx(int where, CurveKnot knot, BOOL noRecord) = 0;
     virtual int InsertKnot(int where, CurveKnot knot) = 0;
+    /// Deletes point i and its controller (ignored when i is out of range); the client
+    /// window hears CURVE_MSG_POINT_DELETED. When the first or last point goes, its
+    /// neighbour becomes the new end point (KNOT_ENDPOINT, never Bezier-Smooth).
     virtual void DeleteKnot(int i) = 0;
     /// @}
 
