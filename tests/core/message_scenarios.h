@@ -176,6 +176,14 @@ inline const std::vector<MessageScenario>& MessageScenarios() {
              return std::vector<SentMessage>{From(c, CURVE_MSG_POINT_INSERTED, 1),
                                              From(c, CURVE_MSG_SELECTION, 1)};
          }},
+        {"a vertical segment is not split, and nothing is sent",
+         {Knot(0.0f, 0.0f), Knot(0.5f, 0.2f, KNOT_TYPE_BEZIER_CORNER, Point2(), Point2(0.0f, 0.1f)),
+          Knot(0.5f, 0.8f), Knot(1.0f, 1.0f)},
+         selectOne,
+         [](Curve& c) {
+             c.InsertKnotAtX(kNow, 1, 0.5f, 1);
+             return std::vector<SentMessage>{};
+         }},
         {"a client's insertion of an unselected point reports the insertion only", threePoints(),
          selectOne,
          [](Curve& c) {
