@@ -235,6 +235,10 @@ void limitByRight(Curve& c, TimeValue t, int i, const Neighbour& r, float& lo, f
 // (which never move in x). End points of an open curve do not limit the selection
 // themselves: they stay in x while the rest moves.
 //
+// A free end point (KNOT_FREE_END_X) does move with the selection, so it is treated as
+// any other point: held back by its one neighbour unless that moves too, and not holding
+// back a selected neighbour. On a curve without free end points this changes nothing.
+//
 // On a cyclic curve nothing is pinned in x: every selected point, the first and last
 // included, is limited by its unselected neighbours, wrapped round the table. A neighbour
 // across the wrap limits the opposite direction (see limitByLeft).
@@ -245,11 +249,15 @@ void selectionMoveRange(Curve& c, TimeValue t, float& lo, float& hi) {
     const int n = c.PointCount();
     const bool cyclic = c.IsCyclic();
     auto selected = [&](int j) { return (k[j].flags & KNOT_SELECTED) != 0; };
-    auto staysInX = [&](int j) { return !selected(j) || (!cyclic && (j == 0 || j == n - 1)); };
+    auto pinnedEnd = [&](int j) {
+        return !cyclic && (j == 0 || j == n - 1) && !(k[j].flags & KNOT_FREE_END_X);
+    };
+    auto staysInX = [&](int j) { return !selected(j) || pinnedEnd(j); };
     for (int i = 0; i < n; ++i) {
         if (!selected(i))
             continue;
-        if (!cyclic && (k[i].flags & KNOT_ENDPOINT))
+        const bool freeEnd = (k[i].flags & KNOT_FREE_END_X) && !pinnedEnd(i);
+        if (!cyclic && (k[i].flags & KNOT_ENDPOINT) && !freeEnd)
             continue;
         const Neighbour l = LeftNeighbour(c, t, i);
         const Neighbour r = RightNeighbour(c, t, i);
@@ -271,6 +279,19 @@ void curve_edit::NeighbourMoveRange(Curve& c, TimeValue t, int i, float& lo, flo
         limitByLeft(c, t, i, Neighbour{i - 1, false}, lo, hi);
     if (i < c.PointCount() - 1)
         limitByRight(c, t, i, Neighbour{i + 1, false}, lo, hi);
+}
+
+void curve_edit::ClampFreeEndPosition(Curve& c, TimeValue t, int i, Point2& pos) {
+    if (i < 0 || i >= c.PointCount() || !c.Knots())
+        return;
+    const Point2 p = c.CachedPosition(t, i);
+    float lo, hi;
+    NeighbourMoveRange(c, t, i, lo, hi);
+    pos.x = std::clamp(pos.x - p.x, lo, std::max(lo, hi)) + p.x;
+    if (YConfinementOf(c).on) {
+        c.GetMoveYRange(t, i, lo, hi);
+        pos.y = std::clamp(pos.y - p.y, lo, std::max(lo, hi)) + p.y;
+    }
 }
 
 void Curve::GetMoveRange(TimeValue t, int i, float& lo, float& hi) {
@@ -554,6 +575,9 @@ bool finiteKnot(const CurveKnot& k) { return Finite(k.pos) && Finite(k.inTan) &&
 
 // A knot with a non-finite coordinate is refused whole: the curve keeps its point.
 //
+// With checks, a knot flagged KNOT_FREE_END_X skips ClampKnotPosition (which would hold an
+// end point at its x) but still may not pass its neighbour (ClampFreeEndPosition).
+//
 // The flag word is stored whole, except KNOT_SELECTED, which goes through the selection
 // operation so that the selection change has its own record and message. The lock bits
 // do not take part in the type rule, so replacing them together with the rest of the
@@ -563,8 +587,12 @@ void Curve::SetKnot(TimeValue t, int i, const CurveKnot& knot, BOOL checkConstra
         return;
 
     Point2 pos = knot.pos;
-    if (checkConstraints && !(knot.flags & KNOT_FREE_END_X))
-        ClampKnotPosition(t, i, pos);
+    if (checkConstraints) {
+        if (!(knot.flags & KNOT_FREE_END_X))
+            ClampKnotPosition(t, i, pos);
+        else
+            ClampFreeEndPosition(*this, t, i, pos);
+    }
     StorePosition(*this, t, i, pos);
     if (notify)
         SendClientMessage(CURVE_MSG_POINT_CHANGED, WPARAM(i & 0xFFFF));

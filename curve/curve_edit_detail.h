@@ -81,6 +81,12 @@ Point2 ShortenToX(const Point2& p, const Point2& h, float limitX, bool limitOnRi
 /// the handle collapses onto p rather than flipping to the other side.
 Point2 ShortenToY(const Point2& p, const Point2& h, float low, float high);
 
+/// The position check of a free end point (KNOT_FREE_END_X), which ClampKnotPosition
+/// would hold at its x: it may travel in x up to its one neighbour, and, under
+/// CC_CONSTRAIN_Y, in y as far as keeps it and its handles inside the y range. A free end
+/// point that may not fold the table is what a user moving it expects.
+void ClampFreeEndPosition(Curve& c, TimeValue t, int i, Point2& pos);
+
 /// Number of points with KNOT_SELECTED.
 int SelectedCount(Curve& c);
 

@@ -92,21 +92,14 @@ BOOL Curve::SetSelectedX(TimeValue t, float x) {
     bool moved = false;
     auto moveTo = [&](int i) {
         const Point2 p = CachedPosition(t, i);
-        float nx = x;
         const bool freeEnd =
             (points_[i].flags & KNOT_FREE_END_X) && !IsCyclic() && (i == 0 || i == count_ - 1);
-        if (freeEnd) {
-            float lo, hi;
-            NeighbourMoveRange(*this, t, i, lo, hi);
-            if (nx - p.x < lo)
-                nx = p.x + lo;
-            if (nx - p.x > hi)
-                nx = p.x + hi;
-        } else {
-            Point2 target(x, p.y);
+        Point2 target(x, p.y);
+        if (freeEnd)
+            ClampFreeEndPosition(*this, t, i, target);
+        else
             ClampKnotPosition(t, i, target);
-            nx = target.x;
-        }
+        const float nx = target.x;
         if (nx == p.x)
             return;
         SetKnotPosition(t, i, Point2(nx, p.y));

@@ -62,6 +62,8 @@ std::vector<CurveKnot> randomCurve(Random& r) {
         if (end && type == KNOT_TYPE_BEZIER_SMOOTH)
             type = KNOT_TYPE_CORNER;
         k.push_back(Knot(xs[std::size_t(i)], r.Uniform(0.05f, 0.95f), type));
+        if (end && r.Chance(0.15))
+            k.back().flags |= KNOT_FREE_END_X;
     }
     for (int i = 0; i < n; ++i) {
         CurveKnot& p = k[std::size_t(i)];

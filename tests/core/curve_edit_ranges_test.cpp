@@ -105,6 +105,18 @@ TEST_CASE("a whole selection is limited only by the neighbours that stay") {
         CHECK(ends.lo == -1e8f);
         CHECK(ends.hi == 1e8f);
     }
+    SUBCASE("a free end point moves with the selection and is held by its neighbour") {
+        c.Knots()[0].flags |= KNOT_FREE_END_X;
+        Select(c, {0});
+        // p0's out-handle (0.1) may reach p1's x 0.4; p1's in-handle (0.3) stops p0 at 0.3.
+        Range r = moveRange(c, kAll);
+        CHECK(r.lo == -1e8f);
+        CHECK(r.hi == doctest::Approx(0.3f));
+        Select(c, {0, 1}); // p1 moves too, so p2 holds them: 0.2 as for p1 alone
+        r = moveRange(c, kAll);
+        CHECK(r.lo == -1e8f);
+        CHECK(r.hi == doctest::Approx(0.2f));
+    }
 }
 
 TEST_CASE("the y move range keeps the point and both handles inside the y range") {

@@ -177,11 +177,18 @@ TEST_CASE("SetKnot with checks keeps the point between its neighbours and in the
         c.SetKnot(kNow, 0, Knot(0.3f, 0.4f, KNOT_TYPE_CORNER | KNOT_ENDPOINT), TRUE, FALSE);
         CHECK(c.Knots()[0].pos == Point2(0.0f, 0.4f));
     }
-    SUBCASE("a free end point skips the position check") {
+    SUBCASE("a free end point moves in x, but not past its neighbour") {
         c.SetKnot(kNow, 0, Knot(0.3f, 0.4f, KNOT_TYPE_CORNER | KNOT_ENDPOINT | KNOT_FREE_END_X),
                   TRUE, FALSE);
         CHECK(c.Knots()[0].pos == Point2(0.3f, 0.4f));
         CHECK(c.CachedPosition(kNow, 0) == Point2(0.3f, 0.4f));
+        // Point 1 stands at 0.9 with its in-handle at 0.8: the first point stops there.
+        c.SetKnot(kNow, 0, Knot(2.0f, 0.4f, KNOT_TYPE_CORNER | KNOT_ENDPOINT | KNOT_FREE_END_X),
+                  TRUE, FALSE);
+        CHECK(c.Knots()[0].pos.x == doctest::Approx(0.8f));
+        c.SetKnot(kNow, 0, Knot(2.0f, 0.4f, KNOT_TYPE_CORNER | KNOT_ENDPOINT | KNOT_FREE_END_X),
+                  FALSE, FALSE);
+        CHECK(c.Knots()[0].pos.x == 2.0f); // without checks, as given
     }
     SUBCASE("a tangent is kept between the point and its neighbour, and in the y range") {
         c.SetKnot(kNow, 1,
