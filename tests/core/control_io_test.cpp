@@ -461,3 +461,26 @@ TEST_CASE_FIXTURE(CoreFixture, "Control load: every truncation and corruption of
         }
     }
 }
+
+// Found by fuzz_control_load (regression-count-without-refs.chunks in its corpus): a
+// control's own chunks never hold its curves, which the host restores from the reference
+// ids that follow them in the scene. The count is checked against that: a count the rest of
+// the stream cannot back with ids is damage, even when the control's own chunks alone were
+// written by a save.
+TEST_CASE_FIXTURE(CoreFixture, "Control load: a curve count needs the ids that follow it") {
+    CurveControl original;
+    original.SetCurveCount(32, FALSE);
+    const Bytes own = SaveOf(&original);
+    ControlPtr alone(newControl());
+    CHECK(LoadInto(alone.get(), own) == IO_ERROR); // 32 slots, no 128 bytes of ids after
+
+    // Followed by what a scene writes after it (a count and one id per curve), it loads.
+    Bytes withIds = own;
+    const Bytes ids = MakeChunk(SCENE_CHUNK_OBJECT_REFS, Bytes(4 + 32 * 4, 0xFF));
+    withIds.insert(withIds.end(), ids.begin(), ids.end());
+    ChunkLoad in(withIds.data(), withIds.size());
+    ControlPtr followed(newControl());
+    CHECK(followed->Load(&in) == IO_OK);
+    CHECK(followed->GetCurveCount() == 32);
+    in.RunPostLoadCallbacks();
+}
