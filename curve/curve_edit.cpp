@@ -458,8 +458,10 @@ void dragHandle(Curve& c, TimeValue t, int i, int selector, float dx, float dy, 
     if (smooth && !(c.IsCyclic() && (k[i].flags & KNOT_ENDPOINT))) {
         // Collinear and opposite, its length scaled as the dragged handle's was.
         no = p - Normalize(nh - p) * (Length(o - p) * ratio);
+        // The opposite neighbour lies to the right when it is the right one (an in-handle
+        // is dragged), unless it lies across the wrap.
         if (opposite.index >= 0)
-            no = ShortenToX(p, no, c.CachedPosition(t, opposite.index).x, !rightSide);
+            no = ShortenToX(p, no, c.CachedPosition(t, opposite.index).x, out == opposite.across);
         if (y.on)
             no = ShortenToY(p, no, y.low, y.high);
     }
