@@ -364,3 +364,86 @@ TEST_CASE_FIXTURE(CoreFixture, "flags and display bits repaint the open editor")
     CHECK(editor.display == shown);
     CHECK(editor.redraws == 2);
 }
+
+TEST_CASE_FIXTURE(CoreFixture, "shrinking to one curve with the editor open shows curve 0") {
+    OneCurve s({});
+    s.control().SetCurveCount(3, FALSE);
+    BitArray shown(3);
+    shown.Set(2);
+    s.control().SetShownCurves(shown);
+    RecordingEditor editor(s.control());
+
+    s.control().SetCurveCount(1, FALSE);
+    REQUIRE(s.control().GetCurveCount() == 1);
+    CHECK(s.control().GetShownCurves()[0] == 1);
+    CHECK(editor.display[0] == 1);    // handed to the editor too
+    CHECK(editor.rebuilds >= 1);      // the buttons follow (a single curve has none)
+    CHECK(editor.invalidations >= 1); // and the graph is invalidated
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "shrinking to one curve with the editor closed leaves the bits") {
+    OneCurve s({});
+    s.control().SetCurveCount(3, FALSE);
+    BitArray shown(3);
+    shown.Set(2);
+    s.control().SetShownCurves(shown);
+    s.control().SetCurveCount(1, FALSE);
+    CHECK(s.control().GetShownCurves()[0] == 0);
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "a curve's pens and animatable flag repaint the open editor") {
+    OneCurve s({CurveKnot(Point2(0.0f, 0.0f), Point2(), Point2(), 0x102),
+                CurveKnot(Point2(1.0f, 1.0f), Point2(), Point2(), 0x102)});
+    Curve& c = s.curve();
+    c.SetPen(RGB(9, 9, 9), 1, 0); // closed: nothing to repaint
+    RecordingEditor editor(s.control());
+    c.SetPen(RGB(1, 2, 3), 2, 0);
+    CHECK(editor.invalidations == 1);
+    c.SetDisabledPen(RGB(4, 5, 6), 1, 2);
+    CHECK(editor.invalidations == 2);
+    c.SetAnimatable(FALSE);
+    CHECK(editor.invalidations == 3);
+    c.SetAnimatable(TRUE); // turning it on drops nothing: no repaint
+    CHECK(editor.invalidations == 3);
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "a controller change reaches the control's dependents and "
+                               "redraws") {
+    OneCurve s({CurveKnot(Point2(0.0f, 0.0f), Point2(), Point2(), 0x102),
+                CurveKnot(Point2(0.5f, 0.5f), Point2(), Point2(), 0x2),
+                CurveKnot(Point2(1.0f, 1.0f), Point2(), Point2(), 0x102)});
+    Curve& c = s.curve();
+    Control* ctrl = NewDefaultPoint3Controller();
+    REQUIRE(c.ReplaceReference(1, ctrl) == REF_SUCCEED);
+    RecordingEditor editor(s.control());
+    s.keep.notices.clear();
+
+    // The curve makes its owner tell the owner's dependents: forever, part 3, message 80.
+    // (The host also passes the controller's own notice up through the curve and the
+    // control; that one carries the controller's part.)
+    auto curveNotices = [&] {
+        int n = 0;
+        for (const auto& notice : s.keep.notices) {
+            if (notice.part != 3u)
+                continue;
+            CHECK(notice.message == REFMSG_CHANGE);
+            CHECK(notice.interval == FOREVER);
+            ++n;
+        }
+        return n;
+    };
+    Point3 v(0.5f, 0.25f, 0.0f);
+    ctrl->SetValue(0, &v, 1, CTRL_ABSOLUTE);
+    CHECK(curveNotices() == 1);
+    CHECK(editor.redraws == 1);
+    CHECK(c.CachedPosition(0, 1) == Point2(0.5f, 0.25f));
+
+    // With notification suspended the cache still follows, but the curve tells nobody.
+    c.SetNotifySuspended(1);
+    v = Point3(0.5f, 0.75f, 0.0f);
+    ctrl->SetValue(0, &v, 1, CTRL_ABSOLUTE);
+    CHECK(curveNotices() == 1);
+    CHECK(editor.redraws == 1);
+    CHECK(c.CachedPosition(0, 1) == Point2(0.5f, 0.75f));
+    c.SetNotifySuspended(0);
+}

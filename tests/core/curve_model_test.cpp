@@ -660,3 +660,17 @@ TEST_CASE_FIXTURE(CoreFixture, "a cancelled SetPointCount puts the points back")
     CHECK(knotAt(c, 1).pos == Point2(0.5f, 0.25f));
     CHECK(theHold.NumUndo() == 0);
 }
+
+TEST_CASE_FIXTURE(CoreFixture, "AnimateSelectedKnots works on a curve without owner") {
+    RefKeeper keep(newCurve());
+    Curve& c = *keep.get<Curve>();
+    c.SetPointCount(2);
+    putKnot(c, 1, CurveKnot(Point2(1.0f, 0.5f), Point2(), Point2(), 0x102));
+    BitArray sel(2);
+    sel.Set(1);
+    c.SetSelectionEx(sel, 4, FALSE);
+    AnimateOn();
+    CHECK(c.AnimateSelectedKnots(TRUE, nullptr) == TRUE);
+    CHECK(c.IsPointAnimated(1) == TRUE);
+    CHECK(knotAt(c, 1).pos == Point2(1.0f, 0.5f));
+}
