@@ -70,7 +70,7 @@ void CurveCtlWindow::Init(HWND frame, CurveControl* control, int mode) {
     graph_.Create(this);
     strip_ = std::make_unique<PosWindow>();
     strip_->Create(this);
-    shown_ = control->GetShownCurves();
+    SetDisplayMode(control->GetShownCurves());
     Layout();
     ShowWindow(own, SW_SHOW);
 }

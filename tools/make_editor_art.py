@@ -10,10 +10,11 @@ Image strips hold 16 x 15 pictures side by side. Each strip has a colour bitmap 
 and a monochrome mask bitmap in which a set bit marks a transparent pixel, as
 ImageList_Add expects. The indices below are the ones the toolbars ask for:
 
-  edit strip (123, mask 112): 0 move xy, 1 move x, 2 move y, 3 insert corner, 4 delete,
-      19 reset, 20 scale, 25 insert Bezier
+  edit strip (123, mask 112): 0 move xy, 1 move x, 2 move y, 3 insert Bezier (the Add
+      Point button and its fly-off's second entry), 4 delete, 19 reset, 20 scale,
+      25 insert corner (the fly-off's first entry)
   view strip (114, mask 113): 0 zoom horizontal extents, 2 zoom vertically, 3 zoom region,
-      4 pan, 5 zoom vertical extents, 6 zoom horizontally, 7 zoom, 10 and 11 the pressed
+      4 pan, 5 zoom vertical extents, 6 zoom horizontally, 7 zoom, 10 and 11 the disabled
       zoom vertically / horizontally, 12 zoom extents
   curve strip (128, mask 122): picture i is the display button of curve i
 
@@ -208,8 +209,8 @@ ZOOM_H = pic(magnifier([(2, 3, "b"), (3, 3, "b"), (4, 3, "b"), (5, 3, "b"), (6, 
                         (2, 4, "b"), (6, 4, "b")]))
 ZOOM_V = pic(magnifier([(4, 1, "b"), (4, 2, "b"), (4, 3, "b"), (4, 4, "b"), (4, 5, "b"),
                         (3, 2, "b"), (5, 2, "b")]))
-ZOOM_H_ON = pic([r.replace("b", "y") for r in ZOOM_H])
-ZOOM_V_ON = pic([r.replace("b", "y") for r in ZOOM_V])
+ZOOM_H_OFF = pic([r.replace("b", "g").replace("k", "g") for r in ZOOM_H])
+ZOOM_V_OFF = pic([r.replace("b", "g").replace("k", "g") for r in ZOOM_V])
 ZOOM_REGION = pic([
     "kk.kk.kk.kk.....",
     "k.........k.....",
@@ -487,12 +488,12 @@ def write(name, data):
 def main():
     edit = [EMPTY] * 29
     edit[0], edit[1], edit[2] = ARROW_XY, ARROW_X, ARROW_Y
-    edit[3], edit[4], edit[19] = INSERT_CORNER, DELETE, RESET
-    edit[20], edit[25] = SCALE, INSERT_BEZIER
+    edit[3], edit[4], edit[19] = INSERT_BEZIER, DELETE, RESET
+    edit[20], edit[25] = SCALE, INSERT_CORNER
     view = [EMPTY] * 13
     view[0], view[2], view[3], view[4] = ZOOM_EXT_H, ZOOM_V, ZOOM_REGION, PAN
     view[5], view[6], view[7] = ZOOM_EXT_V, ZOOM_H, ZOOM
-    view[10], view[11], view[12] = ZOOM_V_ON, ZOOM_H_ON, ZOOM_EXT
+    view[10], view[11], view[12] = ZOOM_V_OFF, ZOOM_H_OFF, ZOOM_EXT
     curves = [curve_button(i) for i in range(29)]
 
     for (bitmap, mask, pictures) in ((123, 112, edit), (114, 113, view), (128, 122, curves)):

@@ -61,6 +61,13 @@ if [ ! -f "$ready" ]; then
         # crash dialog that would wait forever.
         wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f \
             >/dev/null 2>&1
+        # One virtual desktop for all windows. Without a window manager on the X server,
+        # Wine waits 2 s for the manager's answer every time it hides or destroys a
+        # top-level window with a caption; inside a virtual desktop it waits for nothing.
+        wine reg add 'HKCU\Software\Wine\Explorer' /v Desktop /t REG_SZ /d Default /f \
+            >/dev/null 2>&1
+        wine reg add 'HKCU\Software\Wine\Explorer\Desktops' /v Default /t REG_SZ \
+            /d 1280x1024 /f >/dev/null 2>&1
         wineserver -w
         touch "$ready"
     fi
