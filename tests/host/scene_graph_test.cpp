@@ -166,8 +166,7 @@ TEST_CASE_FIXTURE(SceneFixture, "Scene: a reference loop is saved but never rest
     a->ReplaceReference(0, b);
     b->ReplaceReference(0, a); // the host never builds this; a file may still say it
     const Bytes bytes = save({a});
-    b->DeleteReference(0); // breaks the loop: a is held by nothing now
-    release(a);
+    b->DeleteReference(0); // breaks the loop: a, held by nothing, goes, and b with it
     CHECK(nodesAlive == baseline);
 
     SceneRoots roots;
