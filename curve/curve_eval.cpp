@@ -7,7 +7,8 @@
 //   Rebuild ............. buildCacheState, Initialize, InvalidateCache
 //   Cache access ........ acquireState (the double-checked test), EnsureCache, CacheValidity
 //   Lookup table ........ acquireLookup, BuildLookup
-//   Queries ............. ValueAt, SegmentValue, SegmentPoint, the cached-point queries,
+//   Queries ............. ValueAt (quick case, general path), SegmentValue, SegmentPoint, the
+//   cached-point queries,
 //                         GetValueBounds, LookupCount
 //
 // Every result is the one the straightforward algorithm gives, bit for bit (the tests
@@ -19,7 +20,9 @@
 //     a linear search would find. Points out of order use the linear search;
 //   - the bisection computes y once, at its last parameter, not at every step;
 //   - the cache is an immutable state per rebuild (curve_eval_cache.h), so the lookup
-//     table belongs to the state it was built from.
+//     table belongs to the state it was built from;
+//   - ValueAt answers the common lookup case (warm cache valid for all times, x inside
+//     the range) in a few loads before it takes the general path.
 #include "control/curve_control.h"
 #include "curve/curve.h"
 #include "host/controller.h"
@@ -42,7 +45,7 @@ namespace {
 constexpr float kRoomStart = 100000000.0f;
 /// Halvings of the Bezier parameter; the result after the last one is taken as it is.
 constexpr int kHalvings = 20;
-/// A handle that reaches less than this towards the outside does not give the end
+/// A handle that reaches no further than this towards the outside does not give the end
 /// direction. Compared in double precision with a single-precision difference.
 constexpr double kHandleReach = 0.0001;
 

@@ -19,9 +19,11 @@ namespace curve_eval {
 // Thread slot numbers
 //
 // Each evaluating thread owns one slot number for its lifetime; every curve keeps one
-// ReaderSlot per number it has met. Numbers go back to the pool when their thread ends:
-// a later thread then inherits the slot's count (which keeps counting) and its hazard
-// (which it overwrites on its first read of each curve).
+// ReaderSlot per number it has met. Numbers go back to the pool when their thread ends
+// (the platform part, curve_eval_thread_*.cpp, arranges the call): a later thread then
+// inherits the slot's count (which keeps counting) and its hazard (which it overwrites on
+// its first read of each curve). No thread_local object with a destructor is used: with
+// MinGW's emulated TLS such a destructor can run after its object's storage is gone.
 
 __thread int tReaderSlot CURVE_EVAL_TLS_MODEL = -2;
 
@@ -30,52 +32,45 @@ namespace {
 constexpr int kNoSlot = -1;
 constexpr int kUnassigned = -2;
 
+// Never destroyed: a thread may end (and give its number back) while the program exits.
 std::mutex& slotPoolLock() {
-    static std::mutex m;
-    return m;
+    static std::mutex* m = new std::mutex;
+    return *m;
 }
 
-bool* slotPoolUsed() {
-    static bool used[EvalCache::kMaxReaderSlots] = {};
-    return used;
-}
+bool slotUsed[EvalCache::kMaxReaderSlots]; // guarded by slotPoolLock()
 
 int takeSlotNumber() {
     std::lock_guard<std::mutex> g(slotPoolLock());
-    bool* used = slotPoolUsed();
     for (int i = 0; i < EvalCache::kMaxReaderSlots; ++i) {
-        if (!used[i]) {
-            used[i] = true;
+        if (!slotUsed[i]) {
+            slotUsed[i] = true;
             return i;
         }
     }
     return kNoSlot;
 }
 
-void returnSlotNumber(int n) {
-    std::lock_guard<std::mutex> g(slotPoolLock());
-    slotPoolUsed()[n] = false;
-}
-
-struct SlotLease {
-    int number = kNoSlot;
-    ~SlotLease() {
-        if (number >= 0)
-            returnSlotNumber(number);
-        // Evaluations from destructors that run after this one use the lock.
-        tReaderSlot = kNoSlot;
-    }
-};
-
 int assignSlot() {
-    thread_local SlotLease lease; // touched once per thread
-    if (lease.number == kNoSlot)
-        lease.number = takeSlotNumber();
-    tReaderSlot = lease.number;
-    return tReaderSlot;
+    const int n = takeSlotNumber();
+    if (n >= 0 && !ReleaseReaderSlotAtThreadExit(n)) {
+        ReleaseReaderSlot(n); // no way to learn of the thread's end: use the lock
+        tReaderSlot = kNoSlot;
+        return kNoSlot;
+    }
+    tReaderSlot = n;
+    return n;
 }
 
 } // namespace
+
+void ReleaseReaderSlot(int n) {
+    // Evaluations that still run on this thread (from other exit handlers) use the lock.
+    tReaderSlot = kNoSlot;
+    std::lock_guard<std::mutex> g(slotPoolLock());
+    if (n >= 0 && n < EvalCache::kMaxReaderSlots)
+        slotUsed[n] = false;
+}
 
 // ---------------------------------------------------------------------------------------
 // EvalCache

@@ -154,6 +154,12 @@ private:
 #endif
 extern __thread int tReaderSlot CURVE_EVAL_TLS_MODEL;
 
+/// Gives slot number n back to the pool; runs on the thread that held it, as it ends.
+void ReleaseReaderSlot(int n);
+/// Platform part (curve_eval_thread_win32.cpp, curve_eval_thread_native.cpp): makes
+/// ReleaseReaderSlot(n) run when the calling thread ends; false when it cannot.
+bool ReleaseReaderSlotAtThreadExit(int n);
+
 /// One evaluation's access to the cache. Construct it on the evaluating thread, keep it for
 /// the duration of the evaluation, never share it.
 class EvalCache::Reader {

@@ -240,3 +240,23 @@ TEST_CASE_FIXTURE(testsupport::CoreFixture,
     delete curve;
     delete owner;
 }
+
+TEST_CASE_FIXTURE(testsupport::CoreFixture, "threads that end give their reader slot back") {
+    CurveControl* owner = evaltest::MakeOwner(0.0f, 1.0f, -2.0f, 2.0f, CC_DEFAULT_FLAGS);
+    Curve* curve = new Curve(owner, 0);
+    curve->SetPointCount(2);
+    // Many more threads than slots, one after the other: each still finds a slot.
+    int withoutSlot = 0;
+    for (int i = 0; i < 2 * curve_eval::EvalCache::kMaxReaderSlots + 10; ++i) {
+        std::thread t([&] {
+            Interval valid = FOREVER;
+            curve->ValueAt(0, 0.5f, valid, TRUE);
+            if (curve_eval::tReaderSlot < 0)
+                ++withoutSlot;
+        });
+        t.join();
+    }
+    CHECK(withoutSlot == 0);
+    delete curve;
+    delete owner;
+}

@@ -76,14 +76,14 @@ TEST_CASE_FIXTURE(Fixture,
     CHECK(oc.Value(2.0f) == 3.0f); // (1 - 0) / (1 - 0.5) * (2 - 0.5) + 0
     // The same point with a handle that reaches left by only 0.0001 uses the chord to
     // point 0 (slope 1). The range is (-1, 0) so that the difference is exact in float.
-    OwnedCurve near(-1.0f, 0.0f);
-    near.SetKnots({knot(-1, 0), knot(0, 1, KNOT_TYPE_BEZIER_SMOOTH, P(-0.0001f, -5.0f))});
-    CHECK(near.Value(1.0f) == 2.0f); // (1 - 0) / (0 - -1) * (1 - -1) + 0
+    OwnedCurve shortReach(-1.0f, 0.0f);
+    shortReach.SetKnots({knot(-1, 0), knot(0, 1, KNOT_TYPE_BEZIER_SMOOTH, P(-0.0001f, -5.0f))});
+    CHECK(shortReach.Value(1.0f) == 2.0f); // (1 - 0) / (0 - -1) * (1 - -1) + 0
     // One float further the handle counts ("at most 0.0001" is the chord's side).
     const float further = std::nextafter(-0.0001f, -1.0f);
-    near.SetKnots({knot(-1, 0), knot(0, 1, KNOT_TYPE_BEZIER_SMOOTH, P(further, -5.0f))});
+    shortReach.SetKnots({knot(-1, 0), knot(0, 1, KNOT_TYPE_BEZIER_SMOOTH, P(further, -5.0f))});
     const float ax = 0.0f, bx = 0.0f + further, ay = 1.0f, by = 1.0f - 5.0f;
-    CHECK(Bits(near.Value(1.0f)) == Bits((ay - by) / (ax - bx) * (1.0f - bx) + by));
+    CHECK(Bits(shortReach.Value(1.0f)) == Bits((ay - by) / (ax - bx) * (1.0f - bx) + by));
 }
 
 TEST_CASE_FIXTURE(Fixture, "a pure corner end ignores its handle; a Bezier-corner end does not") {
