@@ -1,9 +1,12 @@
-// The curve set of a CurveControl: growing and shrinking it, deleting one curve, and the
-// snapshots (CopyFrom) that make those changes undoable.
+// The curve set of a CurveControl: growing and shrinking it, deleting one curve, and
+// copying a whole control (CopyFrom).
 #include "control/control_undo.h"
 #include "control/curve_control.h"
 #include "host/hold.h"
 #include "plugin/res_string.h"
+
+#include <optional>
+#include <utility>
 
 namespace {
 
@@ -12,30 +15,22 @@ const char* defaultButtonText() {
     return t ? t : "";
 }
 
-/// A control copy made for an undo record, with the hold suspended so that copying
-/// records nothing. Released the same way.
-CurveControl* makeSnapshot(CurveControl& from) {
-    auto* snap = new CurveControl;
-    const bool holding = theHold.Holding();
-    if (holding) theHold.Suspend();
-    snap->CopyFrom(from);
-    if (holding) theHold.Resume();
-    return snap;
+/// Puts the undo record of a change of the curve set, made from the set captured before
+/// it, when the hold is holding; otherwise lets the captured curves go.
+void putCurveSetRecord(CurveControl* control, std::optional<DeleteCurveRestore::Set>& before) {
+    if (!before)
+        return;
+    if (theHold.Holding())
+        theHold.Put(new DeleteCurveRestore(control, std::move(*before)));
+    else
+        DeleteCurveRestore::Release(*before);
 }
 
-}  // namespace
-
-void releaseSnapshot(CurveControl* snap) {
-    if (!snap) return;
-    const bool holding = theHold.Holding();
-    if (holding) theHold.Suspend();
-    snap->DropAllCurves();
-    if (holding) theHold.Resume();
-    snap->DeleteThis();
-}
+} // namespace
 
 void CurveControl::clearButtonTexts() {
-    for (int i = 0; i < curveButtonTexts_.Count(); ++i) delete curveButtonTexts_[i];
+    for (int i = 0; i < curveButtonTexts_.Count(); ++i)
+        delete curveButtonTexts_[i];
     curveButtonTexts_.Resize(0);
 }
 
@@ -49,7 +44,8 @@ void CurveControl::setCurveTableSize(int n) { curves_.SetCount(n); }
 void CurveControl::DropAllCurves() {
     for (int i = curves_.Count() - 1; i >= 0; --i) {
         // A curve that an undo record keeps alive must not point at a control that goes.
-        if (curves_[i]) curves_[i]->SetOwner(nullptr);
+        if (curves_[i])
+            curves_[i]->SetOwner(nullptr);
         DeleteReference(i);
     }
     curves_.Resize(0);
@@ -89,19 +85,27 @@ void CurveControl::CopyFrom(CurveControl& other) {
 }
 
 void CurveControl::SetCurveCount(int n, BOOL undoable) {
-    if (n < 0) n = 0;
-    CurveControl* snapshot = undoable ? makeSnapshot(*this) : nullptr;
+    if (n < 0)
+        n = 0;
+    // The set as it stands, curves pinned, so that the curves a shrink drops survive for
+    // the undo record (which keeps the objects themselves, not copies).
+    std::optional<DeleteCurveRestore::Set> before;
+    if (undoable)
+        before = DeleteCurveRestore::Capture(*this);
     const bool suspended = theHold.Holding();
-    if (suspended) theHold.Suspend();
+    if (suspended)
+        theHold.Suspend();
 
     // The working copy is resized without keeping bits (the host clears them): the copy
     // handed to SetShownCurves at the end is the resized one.
     BitArray display = shownCurves_;
-    if (display.GetSize() < n) display.SetSize(n, 0);
+    if (display.GetSize() < n)
+        display.SetSize(n, 0);
 
     const int count = GetCurveCount();
     if (n > count) {
-        if (shownCurves_.GetSize() < n) shownCurves_.SetSize(n, 1);
+        if (shownCurves_.GetSize() < n)
+            shownCurves_.SetSize(n, 1);
         setCurveTableSize(n);
         for (int i = count; i < n; ++i) {
             curves_[i] = nullptr;
@@ -121,8 +125,10 @@ void CurveControl::SetCurveCount(int n, BOOL undoable) {
             appendButtonText(defaultButtonText());
         }
         if (ICurveCtlClient* client = Client())
-            for (int i = count; i < n; ++i) client->NewCurveCreated(i, this);
-        if (IsEditorOpen()) editorWindow_->RebuildCurveButtons();
+            for (int i = count; i < n; ++i)
+                client->NewCurveCreated(i, this);
+        if (IsEditorOpen())
+            editorWindow_->RebuildCurveButtons();
         SetShownCurves(display);
     } else if (n < count) {
         for (int i = count - 1; i >= n; --i) {
@@ -141,19 +147,21 @@ void CurveControl::SetCurveCount(int n, BOOL undoable) {
         }
     }
 
-    if (IsEditorOpen()) editorWindow_->InvalidateGraph();
-    if (suspended) theHold.Resume();
-    if (snapshot) {
-        if (theHold.Holding()) theHold.Put(new DeleteCurveRestore(this, snapshot));
-        releaseSnapshot(snapshot);
-    }
+    if (IsEditorOpen())
+        editorWindow_->InvalidateGraph();
+    if (suspended)
+        theHold.Resume();
+    putCurveSetRecord(this, before);
 }
 
 void CurveControl::DeleteCurve(int i) {
-    // Entry i decides the snapshot before the range test: callers pass valid indices.
-    CurveControl* snapshot = (GetCurve(i) != nullptr) ? makeSnapshot(*this) : nullptr;
+    // Entry i decides the undo capture before the range test: callers pass valid indices.
+    std::optional<DeleteCurveRestore::Set> before;
+    if (GetCurve(i))
+        before = DeleteCurveRestore::Capture(*this);
     const bool suspended = theHold.Holding();
-    if (suspended) theHold.Suspend();
+    if (suspended)
+        theHold.Suspend();
     if (i >= 0 && i < GetCurveCount()) {
         DeleteReference(i);
         curves_.Delete(i, 1);
@@ -164,15 +172,15 @@ void CurveControl::DeleteCurve(int i) {
         BitArray display = shownCurves_;
         display.SetSize(display.GetSize() > 0 ? display.GetSize() - 1 : 0, 1);
         if (IsEditorOpen()) {
-            if (GetCurveCount() == 1) display.Set(0);
+            if (GetCurveCount() == 1)
+                display.Set(0);
             editorWindow_->RebuildCurveButtons();
         }
         SetShownCurves(display);
-        if (IsEditorOpen()) editorWindow_->InvalidateGraph();
+        if (IsEditorOpen())
+            editorWindow_->InvalidateGraph();
     }
-    if (suspended) theHold.Resume();
-    if (snapshot) {
-        if (theHold.Holding()) theHold.Put(new DeleteCurveRestore(this, snapshot, i));
-        releaseSnapshot(snapshot);
-    }
+    if (suspended)
+        theHold.Resume();
+    putCurveSetRecord(this, before);
 }

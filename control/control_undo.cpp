@@ -10,13 +10,12 @@ ControlRestoreBase::~ControlRestoreBase() { control_->HoldUnpin(); }
 // ---------------------------------------------------------------------------------------
 // DeleteCurveRestore
 //
-// The redo set holds the control's own curves after the change and the undo set the
-// snapshot's copies from before it; the record pins both, and installing a set makes its
-// curves the control's references again.
+// Both sets hold the control's own curve objects: the undo set those of before the change
+// (captured, pinned, by the change itself), the redo set those of after it. Installing a
+// set makes its curves the control's references again.
 
-namespace {
-DeleteCurveRestore::Set takeSet(CurveControl& c) {
-    DeleteCurveRestore::Set set;
+DeleteCurveRestore::Set DeleteCurveRestore::Capture(CurveControl& c) {
+    Set set;
     for (int i = 0; i < c.GetCurveCount(); ++i) {
         Curve* curve = c.GetCurveObject(i);
         set.curves.push_back(curve);
@@ -27,42 +26,20 @@ DeleteCurveRestore::Set takeSet(CurveControl& c) {
     set.display = c.GetShownCurves();
     return set;
 }
-void unpinSet(DeleteCurveRestore::Set& set) {
+
+void DeleteCurveRestore::Release(Set& set) {
     for (Curve* c : set.curves)
         if (c)
             c->HoldUnpin();
     set.curves.clear();
 }
-} // namespace
 
-DeleteCurveRestore::DeleteCurveRestore(CurveControl* control, CurveControl* before, int index)
-    : ControlRestoreBase(control) {
-    redo_ = takeSet(*control);
-    undo_ = takeSet(*before);
-    // The curves the change kept are the same objects, unchanged, before and after it. The
-    // undo set takes them rather than the snapshot's copies: the records of earlier undo
-    // steps point at those objects, and after this undo they must find them in the control
-    // again. Only a removed curve comes back as the snapshot's copy.
-    const int kept = std::min(int(undo_.curves.size()), control->GetCurveCount());
-    for (int j = 0; j < int(undo_.curves.size()); ++j) {
-        int now = j;
-        if (index >= 0)
-            now = j < index ? j : (j == index ? -1 : j - 1);
-        if (now < 0 || now >= kept)
-            continue;
-        Curve* same = control->GetCurveObject(now);
-        if (!same)
-            continue;
-        same->HoldPin();
-        if (undo_.curves[j])
-            undo_.curves[j]->HoldUnpin();
-        undo_.curves[j] = same;
-    }
-}
+DeleteCurveRestore::DeleteCurveRestore(CurveControl* control, Set before)
+    : ControlRestoreBase(control), undo_(std::move(before)), redo_(Capture(*control)) {}
 
 DeleteCurveRestore::~DeleteCurveRestore() {
-    unpinSet(undo_);
-    unpinSet(redo_);
+    Release(undo_);
+    Release(redo_);
 }
 
 void DeleteCurveRestore::install(const Set& set) {

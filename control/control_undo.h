@@ -8,10 +8,6 @@
 
 #include <vector>
 
-/// Releases an undo snapshot made with CopyFrom: its curves are dropped with the hold
-/// suspended (so dropping records nothing) and the snapshot is deleted.
-void releaseSnapshot(CurveControl* snapshot);
-
 /// Base of the control records: the control pointer and its pin.
 class ControlRestoreBase : public RestoreObj {
 public:
@@ -25,20 +21,26 @@ protected:
 /// The curve set, button texts and display mode before and after a change of the set.
 class DeleteCurveRestore : public ControlRestoreBase {
 public:
-    /// Made after the change, from the control and a snapshot taken before it. `index` is
-    /// the curve DeleteCurve removed; -1 for SetCurveCount, which keeps the first curves
-    /// (as many as both counts share) in place.
-    DeleteCurveRestore(CurveControl* control, CurveControl* before, int index = -1);
-    ~DeleteCurveRestore() override;
-    void Restore(int isUndo) override;
-    void Redo() override;
-    CStr Description() override { return CStr("Delete curve restore"); }
-
     struct Set {
         std::vector<Curve*> curves; // pinned
         std::vector<CStr> texts;    // button texts
         BitArray display;           // display mode
     };
+
+    /// The control's curve set as it stands, its curves pinned: taken before a change of
+    /// the set, it keeps the curves the change removes alive for the record.
+    static Set Capture(CurveControl& control);
+    /// Unpins a captured set that no record took (curves no longer referenced go).
+    static void Release(Set& set);
+
+    /// Made after the change from the set captured before it; takes over its pins. The
+    /// record holds the curve objects themselves, never copies: records of earlier undo
+    /// steps point at those objects and must find them in the control after this undo.
+    DeleteCurveRestore(CurveControl* control, Set before);
+    ~DeleteCurveRestore() override;
+    void Restore(int isUndo) override;
+    void Redo() override;
+    CStr Description() override { return CStr("Delete curve restore"); }
 
 private:
     void install(const Set& set);

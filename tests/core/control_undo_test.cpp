@@ -254,14 +254,37 @@ TEST_CASE("undo walks back across a shrinking SetCurveCount to the edits before 
     CHECK(undone.curves[1].object == start.curves[1].object);
     CHECK(std::memcmp(undone.curves[1].knots.data(), start.curves[1].knots.data(),
                       start.curves[1].knots.size() * sizeof(CurveKnot)) == 0);
-    CHECK(undone.curves[2].knots.size() == start.curves[2].knots.size()); // a copy, same points
+    CHECK(undone.curves[2].object == start.curves[2].object); // the removed curve itself
+}
+
+TEST_CASE("undo walks back across DeleteCurve to the edits of the deleted curve") {
+    CleanHold hold;
+    TestControl ctl(3);
+    const ControlState start = Snapshot(*ctl);
+    theHold.Begin();
+    ctl.curve(2).SetKnot(0, 1, Knot(1.0f, 0.5f, KNOT_ENDPOINT | KNOT_TYPE_CORNER), FALSE, FALSE);
+    theHold.Accept("edit");
+    theHold.Begin();
+    ctl->DeleteCurve(2);
+    theHold.Accept("delete");
+    REQUIRE(ctl->GetCurveCount() == 2);
+    REQUIRE(theHold.Undo());
+    REQUIRE(ctl->GetCurveCount() == 3);
+    CHECK(ctl->GetCurve(2) == start.curves[2].object);
+    REQUIRE(theHold.Undo());
+    const ControlState undone = Snapshot(*ctl);
+    CHECK(std::memcmp(undone.curves[2].knots.data(), start.curves[2].knots.data(),
+                      start.curves[2].knots.size() * sizeof(CurveKnot)) == 0);
+    REQUIRE(theHold.Redo());
+    REQUIRE(theHold.Redo());
+    CHECK(ctl->GetCurveCount() == 2);
 }
 
 TEST_CASE("the curve-set record describes itself") {
     CleanHold hold;
     TestControl ctl(2);
     TestControl before(3);
-    DeleteCurveRestore rec(ctl.get(), before.get());
+    DeleteCurveRestore rec(ctl.get(), DeleteCurveRestore::Capture(*before));
     CHECK(rec.Description() == "Delete curve restore");
 }
 
