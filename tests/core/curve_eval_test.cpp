@@ -29,6 +29,7 @@ struct OwnedCurve {
                         DWORD flags = CC_DEFAULT_FLAGS)
         : owner(evaltest::MakeOwner(xlo, xhi, ylo, yhi, flags)), curve(new Curve(owner, 0)) {}
     ~OwnedCurve() {
+        theHold.Reset(); // undo records pin the curve: they go first
         delete curve;
         delete owner;
     }
