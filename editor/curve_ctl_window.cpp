@@ -153,7 +153,11 @@ LRESULT CurveCtlWindow::MouseActivate(HWND, UINT, WPARAM, LPARAM) {
 // ---------------------------------------------------------------------------------------
 // [SECTION] IEditorView
 
+// Anything that repaints the graph may have changed the selection or the points, so
+// the entry fields are refreshed by the next paint whatever time they were last right for.
+
 void CurveCtlWindow::RedrawGraph() {
+    entryValid_.SetEmpty();
     paint_.graphValid = 0;
     InvalidateRect(graph_.Handle(), nullptr, FALSE);
     paint_.lastCursor = POINT{INT_MIN, INT_MIN};
@@ -161,6 +165,7 @@ void CurveCtlWindow::RedrawGraph() {
 }
 
 void CurveCtlWindow::InvalidateGraph() {
+    entryValid_.SetEmpty();
     paint_.graphValid = 0;
     InvalidateRect(graph_.Handle(), nullptr, FALSE);
     paint_.lastCursor = POINT{INT_MIN, INT_MIN};
