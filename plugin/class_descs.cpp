@@ -6,9 +6,23 @@
 
 #include <new>
 
-// Allocation failure comes back as null: nothing may be thrown across to the host.
-void* DefCurveClassDesc::Create(BOOL) { return new (std::nothrow) Curve(nullptr, 0); }
-void* CurveControlClassDesc::Create(BOOL) { return new (std::nothrow) CurveControl(); }
+namespace {
+// Allocation failure comes back as null: nothing may be thrown across to the host. A
+// nothrow new covers only the object's own block; the constructors allocate as well
+// (reference bookkeeping, bit arrays, strings, the evaluation cache) and report failure
+// by throwing, so the whole construction is guarded.
+template <class T, class... Args>
+void* createOrNull(Args... args) noexcept {
+    try {
+        return new T(args...);
+    } catch (...) {
+        return nullptr;
+    }
+}
+}  // namespace
+
+void* DefCurveClassDesc::Create(BOOL) { return createOrNull<Curve>(nullptr, 0); }
+void* CurveControlClassDesc::Create(BOOL) { return createOrNull<CurveControl>(); }
 const char* CurveControlClassDesc::ClassName() { return GetResString(3); }
 
 namespace {

@@ -674,3 +674,37 @@ TEST_CASE_FIXTURE(CoreFixture, "AnimateSelectedKnots works on a curve without ow
     CHECK(c.IsPointAnimated(1) == TRUE);
     CHECK(knotAt(c, 1).pos == Point2(1.0f, 0.5f));
 }
+
+TEST_CASE_FIXTURE(CoreFixture, "controllers made by AnimateSelectedKnots in a hold are undone "
+                               "and redone") {
+    AnimateSetup s;
+    Curve& c = s.curve();
+    s.select({1});
+    AnimateOn();
+    theHold.Begin();
+    REQUIRE(c.AnimateSelectedKnots(TRUE, nullptr) == TRUE);
+    Control* made = static_cast<Control*>(c.Controller(1));
+    Point3 v(0.5f, 0.8f, 0.0f);
+    made->SetValue(0, &v, 1, CTRL_ABSOLUTE); // the drag that follows, in the same hold
+    theHold.Accept("Move Points");
+    AnimateOff();
+    REQUIRE(theHold.NumUndo() == 1);
+
+    REQUIRE(theHold.Undo());
+    CHECK(c.IsPointAnimated(1) == FALSE);
+    CHECK(knotAt(c, 1).pos == Point2(0.5f, 0.4f));
+    CHECK(made->NumDependents() == 0); // kept only by the undo step, for redo
+
+    REQUIRE(theHold.Redo());
+    REQUIRE(c.Controller(1) == made);
+    CHECK(made->NumDependents() == 1);
+    CHECK(knotAt(c, 1).pos == Point2(0.5f, 0.8f));
+
+    // Undo, then a new step: the controller has no future and goes with the records.
+    REQUIRE(theHold.Undo());
+    theHold.Begin();
+    c.SetPointCount(3);
+    theHold.Accept("other");
+    CHECK(theHold.NumRedo() == 0);
+    CHECK(c.IsAnimated() == FALSE);
+}
