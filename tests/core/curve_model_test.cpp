@@ -708,3 +708,52 @@ TEST_CASE_FIXTURE(CoreFixture, "controllers made by AnimateSelectedKnots in a ho
     CHECK(theHold.NumRedo() == 0);
     CHECK(c.IsAnimated() == FALSE);
 }
+
+TEST_CASE_FIXTURE(CoreFixture, "a cancelled SetPointCount on an animated curve puts the "
+                               "controllers back") {
+    RefKeeper keep(newCurve());
+    Curve& c = *keep.get<Curve>();
+    c.SetPointCount(3);
+    animate(c, 0, {{0, Point2(0.0f, 0.5f)}});
+    animate(c, 2, {{0, Point2(1.0f, 0.1f)}, {60, Point2(1.0f, 0.9f)}});
+
+    theHold.Begin();
+    c.SetPointCount(2);
+    c.SetPointCount(4); // two resizes in one hold
+    theHold.Cancel();
+
+    REQUIRE(c.PointCount() == 3);
+    REQUIRE(c.IsPointAnimated(0) == TRUE);
+    REQUIRE(c.IsPointAnimated(2) == TRUE);
+    CHECK(c.IsPointAnimated(1) == FALSE);
+    CHECK(knotAt(c, 0).pos == Point2(0.0f, 0.5f));
+    CHECK(knotAt(c, 2, 60).pos == Point2(1.0f, 0.9f));
+    CHECK(c.Controller(0)->NumDependents() == 1);
+    CHECK(c.Controller(2)->NumDependents() == 1);
+    CHECK(theHold.NumUndo() == 0);
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "several resizes in one step undo to the first state and redo "
+                               "to the last") {
+    RefKeeper keep(newCurve());
+    Curve& c = *keep.get<Curve>();
+    c.SetPointCount(3);
+    animate(c, 1, {{0, Point2(0.5f, 0.5f)}, {10, Point2(0.5f, 0.6f)}});
+
+    theHold.Begin();
+    c.SetPointCount(5);
+    putKnot(c, 2, CurveKnot(Point2(0.5f, 0.25f), Point2(), Point2(), 0x2));
+    c.SetPointCount(6);
+    theHold.Accept("resizes");
+
+    REQUIRE(theHold.Undo());
+    REQUIRE(c.PointCount() == 3);
+    CHECK(knotAt(c, 1, 10).pos == Point2(0.5f, 0.6f));
+    REQUIRE(theHold.Redo());
+    CHECK(c.PointCount() == 6);
+    CHECK(c.IsAnimated() == FALSE);
+    REQUIRE(theHold.Undo());
+    CHECK(c.PointCount() == 3);
+    REQUIRE(c.IsPointAnimated(1) == TRUE);
+    CHECK(c.Controller(1)->NumDependents() == 1);
+}
