@@ -68,7 +68,7 @@ public:
     CStr Description() override { return CStr("Deform fit range restore"); }
 
 private:
-    int tag_;       // passed by the fit operation
+    [[maybe_unused]] int tag_; // passed by the fit operation
     float before_;  // fitted width before
     float after_;   // fitted width after
 };
@@ -139,5 +139,5 @@ public:
 private:
     Curve before_;  // the state before
     Curve after_;   // the state undo replaced, for redo
-    int unused_;    // kept 0
+    [[maybe_unused]] int unused_; // kept 0
 };
