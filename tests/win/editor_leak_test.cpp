@@ -98,9 +98,9 @@ TEST_CASE_FIXTURE(EditorFixture, "editors with both toolbars leave nothing behin
     // fewer rounds, every part present.
     ParentWindow parent(600, 350);
     auto embedded = MakeControl(4, kEmbedded, parent.get());
-    cycle(*embedded, 40);
+    cycle(*embedded, 25);
     auto floating = MakeControl(4, CC_DEFAULT_FLAGS, nullptr);
-    cycle(*floating, 40);
+    cycle(*floating, 25);
 }
 
 TEST_CASE_FIXTURE(EditorFixture, "an editor deleted with its control leaves nothing behind") {
