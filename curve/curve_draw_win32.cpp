@@ -2,13 +2,11 @@
 // point markers and the tangent handles of its selected Bezier points.
 //
 // The picture is that of the plain sequence of GDI calls (MoveToEx and ten LineTo per
-// segment, one Rectangle per marker); the calls are batched where the pixels cannot tell:
-//   - all segments of the visible span go out in one PolyPolyline of 11 points each, which
-//     draws each segment's ten pieces exactly as MoveToEx and ten LineTo calls do;
-//   - runs of consecutive plain markers (unselected, or on a curve not displayed) are
-//     filled together, since each is the same solid square and their union does not depend
-//     on the order. A selected point's decoration (handles, lines, white centre) is drawn
-//     in its place in the sequence, so later markers still cover it as they would.
+// segment, one Rectangle per marker). With a solid pen the segments are batched: all
+// segments of the visible span go out in one PolyPolyline of 11 points each, which draws
+// each segment's ten pieces exactly as MoveToEx and ten LineTo calls do. A styled pen
+// (dashes, dots) starts its pattern afresh with every LineTo but carries it on along a
+// polyline, so styled pens get the plain calls.
 #include "control/curve_control.h"
 #include "curve/curve.h"
 #include "curve/curve_pixels.h"
@@ -33,30 +31,55 @@ constexpr int kHandleLo = -2, kHandleHi = 3;
 struct DrawScratch {
     std::vector<POINT> pixels; // segment pixels, kSegmentPixels per segment
     std::vector<DWORD> counts; // kSegmentPixels per segment
-    std::vector<RECT> markers; // a run of plain markers
 };
+
+/// Whether lines of `style` look the same drawn piece by piece or as one polyline.
+bool polylineSafe(int style) {
+    const int s = style & PS_STYLE_MASK;
+    return s == PS_SOLID || s == PS_INSIDEFRAME || s == PS_NULL;
+}
 
 DrawScratch& scratch() {
     static DrawScratch s;
     return s;
 }
 
-/// Fills a run of plain markers. With a pen selected (a curve not displayed) each square
-/// is a Rectangle, outline included; with the null pen the run is filled at once, which
-/// is what Rectangle with the null pen fills: one pixel less to the right and bottom.
-void flushMarkers(HDC hdc, std::vector<RECT>& run, bool nullPen, HBRUSH brush) {
-    if (run.empty())
-        return;
-    if (nullPen) {
-        for (const RECT& r : run) {
-            const RECT fill{r.left, r.top, r.right - 1, r.bottom - 1};
-            FillRect(hdc, &fill, brush);
-        }
-    } else {
-        for (const RECT& r : run)
-            Rectangle(hdc, r.left, r.top, r.right, r.bottom);
+/// Draws segments first .. last - 1 of `s`, each as MoveToEx to its point and ten LineTo.
+/// Lines of a one-pixel solid pen (width 0 or 1) leave out their last pixel and a piece
+/// from a pixel to the same pixel draws nothing, so for such a pen the whole span is one
+/// Polyline through the distinct consecutive pixels: each segment ends on the pixel where
+/// the next begins. Wider solid pens get one polyline per segment (their caps and joins
+/// are the same round ends); styled pens the plain calls.
+void drawSegments(HDC hdc, const CurveScreen& screen, const CacheState& s, int first, int last,
+                  int style, int width) {
+    DrawScratch& buf = scratch();
+    const int segments = last - first;
+    buf.pixels.resize(size_t(segments) * curve_pixels::kSegmentPixels);
+    IPoint2 px[curve_pixels::kSegmentPixels];
+    POINT* out = buf.pixels.data();
+    for (int i = first; i < last; ++i) {
+        curve_pixels::SegmentPixels(screen, s, i, px);
+        for (const IPoint2& p : px)
+            *out++ = POINT{p.x, p.y};
     }
-    run.clear();
+    if (!polylineSafe(style)) {
+        for (size_t at = 0; at < buf.pixels.size(); at += curve_pixels::kSegmentPixels) {
+            MoveToEx(hdc, buf.pixels[at].x, buf.pixels[at].y, nullptr);
+            for (int k = 1; k < curve_pixels::kSegmentPixels; ++k)
+                LineTo(hdc, buf.pixels[at + k].x, buf.pixels[at + k].y);
+        }
+        return;
+    }
+    if (width > 1) {
+        buf.counts.assign(size_t(segments), curve_pixels::kSegmentPixels);
+        PolyPolyline(hdc, buf.pixels.data(), buf.counts.data(), DWORD(segments));
+        return;
+    }
+    const auto same = [](const POINT& a, const POINT& b) { return a.x == b.x && a.y == b.y; };
+    const auto end = std::unique(buf.pixels.begin(), buf.pixels.end(), same);
+    const int count = int(end - buf.pixels.begin());
+    if (count >= 2)
+        Polyline(hdc, buf.pixels.data(), count);
 }
 
 RECT square(IPoint2 p, int lo, int hi) {
@@ -108,24 +131,14 @@ void Curve::DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index
     SelectObject(hdc, pen.get());
 
     // Segments first .. last - 1, ten pieces each.
-    DrawScratch& buf = scratch();
     const int segments = last - span.first;
-    if (segments > 0) {
-        buf.pixels.resize(size_t(segments) * curve_pixels::kSegmentPixels);
-        buf.counts.assign(size_t(segments), curve_pixels::kSegmentPixels);
-        IPoint2 px[curve_pixels::kSegmentPixels];
-        POINT* out = buf.pixels.data();
-        for (int i = span.first; i < last; ++i) {
-            curve_pixels::SegmentPixels(screen, *s, i, px);
-            for (const IPoint2& p : px)
-                *out++ = POINT{p.x, p.y};
-        }
-        PolyPolyline(hdc, buf.pixels.data(), buf.counts.data(), DWORD(segments));
-    }
+    if (segments > 0)
+        drawSegments(hdc, screen, *s, span.first, last, displayed ? penStyle_ : disabledPenStyle_,
+                     displayed ? penWidth_ : disabledPenWidth_);
 
-    // Markers. A displayed curve fills them black with the null pen; a curve not displayed
-    // outlines them in its disabled pen over a fill of the same colour, and shows no
-    // selection.
+    // Markers. A displayed curve fills them black with the null pen (Rectangle then
+    // leaves out the right and bottom edge: 6 x 6 pixels); a curve not displayed outlines
+    // them in its disabled pen over a fill of the same colour, and shows no selection.
     HBRUSH markerBrush = HBRUSH(GetStockObject(BLACK_BRUSH));
     if (displayed) {
         SelectObject(hdc, GetStockObject(NULL_PEN));
@@ -134,16 +147,13 @@ void Curve::DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index
         SetDCBrushColor(hdc, disabledPenColour_);
     }
     SelectObject(hdc, markerBrush);
-    std::vector<RECT>& run = buf.markers;
-    run.clear();
     for (int i = span.first; i <= last; ++i) {
         const CachedKnot& k = s->knots[i];
         const IPoint2 p = curve_pixels::Position(screen, k);
-        run.push_back(square(p, kMarkerLo, kMarkerHi));
+        drawSquare(hdc, p, kMarkerLo, kMarkerHi);
         const uint32_t flags = points_[i].flags;
         if (!displayed || !(flags & KNOT_SELECTED))
             continue;
-        flushMarkers(hdc, run, true, markerBrush);
         if (flags & KNOT_BEZIER) {
             if (cyclic || i > 0)
                 drawHandle(hdc, curve_pixels::InHandle(screen, k), p);
@@ -154,5 +164,4 @@ void Curve::DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index
         drawSquare(hdc, p, kCentreLo, kCentreHi);
         SelectObject(hdc, markerBrush);
     }
-    flushMarkers(hdc, run, displayed, markerBrush);
 }

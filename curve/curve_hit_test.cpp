@@ -5,6 +5,7 @@
 #include "curve/curve_pixels.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 using curve_eval::CachedKnot;
@@ -36,6 +37,32 @@ bool CurvePieceHitsBox(IPoint2 a, IPoint2 b, const Box2& box) {
     }
     return false;
 }
+
+namespace {
+
+/// Whether segment i certainly misses `box`: a Bezier segment lies within the hull of its
+/// four control points, so no piece can leave the bounds of their pixels, widened by one
+/// pixel for the rounding of the evaluation. Skipping such segments changes no result.
+/// Only for the plain mapping: a y transform may bend the hull.
+bool segmentClearOf(const CurveScreen& screen, const CacheState& s, int i, const Box2& box) {
+    if (screen.transform)
+        return false;
+    const CachedKnot& a = s.knots[i];
+    const CachedKnot& b = s.knots[(i + 1) % s.count];
+    const IPoint2 p[4] = {screen.Pixel(a.px, a.py), screen.Pixel(a.outX, a.outY),
+                          screen.Pixel(b.inX, b.inY), screen.Pixel(b.px, b.py)};
+    int64_t left = p[0].x, right = p[0].x, top = p[0].y, bottom = p[0].y;
+    for (const IPoint2& q : p) {
+        left = std::min<int64_t>(left, q.x);
+        right = std::max<int64_t>(right, q.x);
+        top = std::min<int64_t>(top, q.y);
+        bottom = std::max<int64_t>(bottom, q.y);
+    }
+    return right + 1 < box.left || left - 1 > box.right || bottom + 1 < box.top ||
+           top - 1 > box.bottom;
+}
+
+} // namespace
 
 int Curve::HitTestCurve(TimeValue t, const CurveScreen& screen, const Box2& box, int request,
                         Tab<CurveHit>& hits) {
@@ -73,6 +100,8 @@ int Curve::HitTestCurve(TimeValue t, const CurveScreen& screen, const Box2& box,
     if (request & CURVE_HIT_CURVE) {
         IPoint2 px[curve_pixels::kSegmentPixels];
         for (int i = span.first; i < last; ++i) {
+            if (segmentClearOf(screen, *s, i, box))
+                continue;
             curve_pixels::SegmentPixels(screen, *s, i, px);
             for (int k = 1; k <= kCurvePiecesPerSegment; ++k) {
                 if (!CurvePieceHitsBox(px[k - 1], px[k], box))
