@@ -133,6 +133,9 @@ LRESULT CurveCtlWindow::Size(int type, int, int) {
 
 LRESULT CurveCtlWindow::Paint() {
     PaintDC dc(hWnd_);
+    // The box exists only between shown scroll bars; elsewhere the graph covers the place.
+    if (!(Flags() & CC_SHOWSCROLLBARS))
+        return 0;
     RECT client;
     GetClientRect(hWnd_, &client);
     const int cx = GetSystemMetrics(SM_CXVSCROLL);

@@ -146,7 +146,9 @@ LRESULT CurveCtlWindow::VScroll(int code, int position, HWND) {
 }
 
 LRESULT CurveWindow::MouseWheel(int delta) {
-    if (!owner_)
+    // The frame checks flag 32 before it forwards the wheel; a wheel message that reaches
+    // the graph directly (it had the focus) is held to the same rule.
+    if (!owner_ || !(owner_->Flags() & CC_SHOWSCROLLBARS))
         return 0;
     CurveCtlWindow& w = *owner_;
     ViewScale& s = w.Scale();

@@ -557,3 +557,17 @@ TEST_CASE_FIXTURE(EditorFixture, "the mouse-activation operation answers MA_ACTI
     CHECK(editor->MouseActivated());
     control->SetEditorOpen(FALSE);
 }
+
+TEST_CASE_FIXTURE(EditorFixture, "wheel input reaching the graph itself follows flag 32 too") {
+    ParentWindow parent(500, 400);
+    auto control = MakeControl(2, kEmbedded & ~DWORD(CC_SHOWSCROLLBARS), parent.get());
+    REQUIRE(control->SetEditorOpen(TRUE));
+    CurveCtlWindow* editor = EditorOf(*control);
+    const float ys = editor->Scale().ys;
+    SendMessageA(editor->Graph().Handle(), WM_MOUSEWHEEL, MAKEWPARAM(0, 120), 0);
+    CHECK(editor->Scale().ys == ys);
+    control->SetControlFlags(kEmbedded);
+    SendMessageA(editor->Graph().Handle(), WM_MOUSEWHEEL, MAKEWPARAM(0, 120), 0);
+    CHECK(editor->Scale().ys == doctest::Approx(ys * 1.2f));
+    control->SetEditorOpen(FALSE);
+}
