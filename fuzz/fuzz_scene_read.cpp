@@ -1,7 +1,6 @@
 // libFuzzer target: the scene reader on arbitrary bytes, with the module's classes and the
-// host's controller class known; then the round trip of the loaded scene and evaluation of
-// every curve of every loaded control.
-#include "control/curve_control.h"
+// host's controller class known; evaluation of every curve of every loaded control; then
+// the round trip: the loaded scene, saved and loaded again, is the same scene.
 #include "fuzz_support.h"
 
 #include <cstdint>
@@ -50,10 +49,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     evaluate(roots);
 
-    const Bytes first = saveScene(roots);
+    const Bytes saved = saveScene(roots);
     SceneRoots again;
-    ChunkLoad reload(first.data(), first.size());
+    ChunkLoad reload(saved.data(), saved.size());
     Expect(LoadScene(reload, again) == IO_OK, "a saved scene loads");
-    Expect(saveScene(again) == first, "save, load, save gives the same bytes");
+    Expect(again.Count() == roots.Count(), "the same roots");
+    for (int i = 0; i < roots.Count(); ++i)
+        ExpectSameObject(roots.Get(i), again.Get(i));
     return 0;
 }
