@@ -114,8 +114,13 @@ ReferenceTarget* Curve::Controller(int i) const {
 
 RefTargetHandle Curve::GetReference(int i) { return Controller(i); }
 
+// The host calls this for every reference change, its own undo of them included: a new
+// controller changes the point's values, so the cache goes with it (under the table lock,
+// as every change of the table).
 void Curve::SetReference(int i, RefTargetHandle target) {
+    auto lock = LockPointTable();
     if (i >= 0 && i < count_ && controllers_) controllers_[i] = target;
+    InvalidateCache();
 }
 
 RefResult Curve::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage message,
@@ -265,6 +270,7 @@ void Curve::SetLookupSize(int n) {
 // Shared with the undo records
 
 void Curve::InstallTable(int count, const CurveKnot* knots, ReferenceTarget* const* controllers) {
+    auto lock = LockPointTable();
     std::free(points_);
     std::free(controllers_);
     points_ = nullptr;

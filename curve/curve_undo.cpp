@@ -95,15 +95,19 @@ DeformPtChange::DeformPtChange(Curve* curve, int index, const CurveKnot& before,
     : CurveRestoreBase(curve), index_(index), before_(before), after_(after) {}
 
 void DeformPtChange::Restore(int) {
-    if (index_ >= 0 && index_ < curve_->PointCount() && curve_->Knots())
-        curve_->Knots()[index_] = before_;
+    store(before_);
     curve_->Refresh();
 }
 
 void DeformPtChange::Redo() {
-    if (index_ >= 0 && index_ < curve_->PointCount() && curve_->Knots())
-        curve_->Knots()[index_] = after_;
+    store(after_);
     curve_->Refresh();
+}
+
+void DeformPtChange::store(const CurveKnot& k) {
+    auto lock = curve_->LockPointTable();
+    if (index_ >= 0 && index_ < curve_->PointCount() && curve_->Knots())
+        curve_->Knots()[index_] = k;
 }
 
 // ---------------------------------------------------------------------------------------
@@ -141,6 +145,7 @@ void DeformPtPosChange::SetAfterOutTan(int i, const Point2& p) {
 
 void DeformPtPosChange::apply(const std::vector<Point2>& pos, const std::vector<Point2>& in,
                               const std::vector<Point2>& out) {
+    auto lock = curve_->LockPointTable();
     CurveKnot* k = curve_->Knots();
     const int n = std::min(count_, curve_->PointCount());
     for (int i = 0; k && i < n; ++i) {
@@ -171,12 +176,15 @@ DeformSelectRestore::DeformSelectRestore(Curve* curve, const BitArray& before,
     : CurveRestoreBase(curve), before_(before), after_(after) {}
 
 void DeformSelectRestore::apply(const BitArray& sel) {
-    CurveKnot* k = curve_->Knots();
-    for (int i = 0; k && i < curve_->PointCount(); ++i) {
-        if (sel[i])
-            k[i].flags |= KNOT_SELECTED;
-        else
-            k[i].flags &= ~KNOT_SELECTED;
+    {
+        auto lock = curve_->LockPointTable();
+        CurveKnot* k = curve_->Knots();
+        for (int i = 0; k && i < curve_->PointCount(); ++i) {
+            if (sel[i])
+                k[i].flags |= KNOT_SELECTED;
+            else
+                k[i].flags &= ~KNOT_SELECTED;
+        }
     }
     curve_->Refresh(false);
 }

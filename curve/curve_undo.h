@@ -82,6 +82,8 @@ public:
     CStr Description() override { return CStr("Deform curve Pt restore"); }
 
 private:
+    void store(const CurveKnot& k);
+
     int index_;
     CurveKnot before_, after_;
 };
