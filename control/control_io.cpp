@@ -47,6 +47,8 @@ constexpr USHORT kChunkTitle = 0x0456;
 /// Each curve slot is restored from a reference id (4 bytes) that the host writes after
 /// the control's own chunks: a count the rest of the stream cannot hold is damage.
 constexpr ULONG kBytesPerCurveSlot = 4;
+/// The most curves read from a stream that cannot tell how many bytes it has left.
+constexpr ULONG kMaxCurvesUnsized = 1u << 16;
 
 // WINDOWPLACEMENT as eleven 32-bit fields in declaration order: the layout the platform
 // stores, written field by field so the file is the same on every build.
@@ -309,8 +311,10 @@ IOResult CurveControl::loadCurveCount(ILoad* iload) {
     const IOResult r = ReadLE32(iload, n);
     if (r != IO_OK)
         return r;
+    // A stream that cannot tell its size gets a fixed bound instead.
     const ULONG left = iload->StreamBytesLeft();
-    if (n < 0 || (left != ILOAD_SIZE_UNKNOWN && ULONG(n) > left / kBytesPerCurveSlot))
+    const ULONG room = left == ILOAD_SIZE_UNKNOWN ? kMaxCurvesUnsized : left / kBytesPerCurveSlot;
+    if (n < 0 || ULONG(n) > room)
         return IO_ERROR;
     DropAllCurves();
     clearButtonTexts();

@@ -34,6 +34,8 @@ constexpr USHORT kChunkPointRecord = 0x1000; // inside kChunkPoint
 
 /// Bytes of one point in the file, in either layout.
 constexpr ULONG kPointBytes = 28;
+/// The most points read from a stream that cannot tell how many bytes it has left.
+constexpr ULONG kMaxPointsUnsized = 1u << 20;
 
 /// Post-load callback of a curve. The curve has nothing to finish: its owner and the
 /// links to its control are restored by the control's own callback.
@@ -182,8 +184,10 @@ IOResult Curve::loadCount(ILoad* iload) {
     // Every point takes 28 bytes further on in the stream (a 0x1030 chunk or a slice of
     // 0x1010), so a count the rest of the stream cannot hold is damage, found before
     // anything is allocated for it.
+    // A stream that cannot tell its size gets a fixed bound instead.
     const ULONG left = iload->StreamBytesLeft();
-    if (n < 0 || (left != ILOAD_SIZE_UNKNOWN && ULONG(n) > left / kPointBytes))
+    const ULONG room = left == ILOAD_SIZE_UNKNOWN ? kMaxPointsUnsized : left / kPointBytes;
+    if (n < 0 || ULONG(n) > room)
         return IO_ERROR;
 
     auto tableLock = LockPointTable();

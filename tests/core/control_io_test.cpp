@@ -484,3 +484,27 @@ TEST_CASE_FIXTURE(CoreFixture, "Control load: a curve count needs the ids that f
     CHECK(followed->GetCurveCount() == 32);
     in.RunPostLoadCallbacks();
 }
+
+namespace {
+/// A stream that cannot tell how many bytes it has left, as a foreign host's may be.
+class UnsizedLoad : public testsupport::FailingLoad {
+public:
+    explicit UnsizedLoad(ILoad& inner) : FailingLoad(inner, 0) {}
+    ULONG ChunkBytesLeft() override { return ILOAD_SIZE_UNKNOWN; }
+    ULONG StreamBytesLeft() override { return ILOAD_SIZE_UNKNOWN; }
+};
+} // namespace
+
+TEST_CASE_FIXTURE(CoreFixture, "Control load: a stream without sizes still bounds the count") {
+    for (int32_t n : {4, (1 << 16) + 1}) {
+        CAPTURE(n);
+        const Bytes file = MakeChunk(0x042E, LE(n));
+        ChunkLoad inner(file.data(), file.size());
+        UnsizedLoad in(inner);
+        ControlPtr loaded(newControl());
+        const IOResult r = loaded->Load(&in);
+        inner.RunPostLoadCallbacks();
+        CHECK(r == (n == 4 ? IO_OK : IO_ERROR));
+        CHECK(loaded->GetCurveCount() == (n == 4 ? 4 : 0));
+    }
+}

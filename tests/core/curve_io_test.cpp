@@ -592,3 +592,32 @@ TEST_CASE_FIXTURE(CoreFixture, "Curve load: a handle near a power of two reloads
             CHECK(first[i] == second[i]);
     CHECK(std::fabs(UnpackLE32<float>(&first[outY]) - UnpackLE32<float>(&second[outY])) <= ulp);
 }
+
+namespace {
+/// A stream that cannot tell how many bytes it has left, as a foreign host's may be.
+class UnsizedLoad : public testsupport::FailingLoad {
+public:
+    explicit UnsizedLoad(ILoad& inner) : FailingLoad(inner, 0) {}
+    ULONG ChunkBytesLeft() override { return ILOAD_SIZE_UNKNOWN; }
+    ULONG StreamBytesLeft() override { return ILOAD_SIZE_UNKNOWN; }
+};
+} // namespace
+
+TEST_CASE_FIXTURE(CoreFixture, "Curve load: a stream without sizes still bounds the count") {
+    for (int32_t n : {5, (1 << 20) + 1, 0x7FFFFFFF}) {
+        CAPTURE(n);
+        const Bytes file = MakeChunk(0x1000, LE(n));
+        ChunkLoad inner(file.data(), file.size());
+        UnsizedLoad in(inner);
+        Curve loaded(nullptr, 0);
+        const IOResult r = loaded.Load(&in);
+        inner.RunPostLoadCallbacks();
+        if (n == 5) {
+            CHECK(r == IO_OK); // trusted: zeroed points
+            CHECK(loaded.PointCount() == 5);
+        } else {
+            CHECK(r == IO_ERROR);
+            CHECK(loaded.PointCount() == 0);
+        }
+    }
+}
