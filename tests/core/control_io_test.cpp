@@ -508,3 +508,23 @@ TEST_CASE_FIXTURE(CoreFixture, "Control load: a stream without sizes still bound
         CHECK(loaded->GetCurveCount() == (n == 4 ? 4 : 0));
     }
 }
+
+TEST_CASE_FIXTURE(CoreFixture, "Control load: registers its post-load step before reading") {
+    struct RecordingLoad : testsupport::FailingLoad {
+        explicit RecordingLoad(ILoad& inner) : FailingLoad(inner, 0) {}
+        void RegisterPostLoadCallback(PostLoadCallback* cb) override {
+            registeredAfterReads.push_back(Calls());
+            FailingLoad::RegisterPostLoadCallback(cb);
+        }
+        std::vector<int> registeredAfterReads;
+    };
+    CurveControl original;
+    fillSample(original);
+    const Bytes bytes = SaveOf(&original);
+    ChunkLoad inner(bytes.data(), bytes.size());
+    RecordingLoad in(inner);
+    ControlPtr loaded(newControl());
+    REQUIRE(loaded->Load(&in) == IO_OK);
+    CHECK(in.registeredAfterReads == std::vector<int>{0});
+    inner.RunPostLoadCallbacks(); // one-shot: it deletes itself
+}
