@@ -34,6 +34,9 @@ void Curve::freeTables() {
 
 void Curve::Resize(int n) {
     auto tableLock = LockPointTable();  // a rebuild on another thread must not see this
+    // Later position changes of the same hold belong to the new table, not to a record made
+    // for the old one.
+    openPosRecord_ = nullptr;
     DeleteAllRefsFromMe();
     freeTables();
     InvalidateCache();

@@ -127,6 +127,7 @@ IOResult Curve::Load(ILoad* iload) {
     // lookup size are those of a new curve, whatever they were when the file was saved.
     {
         auto tableLock = LockPointTable(); // an evaluation elsewhere must not see this
+        SetOpenPosRecord(nullptr);         // a record of the old table takes no new changes
         DeleteAllRefsFromMe();
         freeTables();
         InvalidateCache();

@@ -29,13 +29,15 @@ void DeformInsertRestore::Redo() {
 namespace {
 void pinAll(const std::vector<ReferenceTarget*>& v) {
     for (ReferenceTarget* t : v)
-        if (t) t->HoldPin();
+        if (t)
+            t->HoldPin();
 }
 void unpinAll(const std::vector<ReferenceTarget*>& v) {
     for (ReferenceTarget* t : v)
-        if (t) t->HoldUnpin();
+        if (t)
+            t->HoldUnpin();
 }
-}  // namespace
+} // namespace
 
 DeformDeleteRestore::DeformDeleteRestore(Curve* curve, int beforeCount,
                                          const CurveKnot* beforeKnots,
@@ -51,7 +53,8 @@ DeformDeleteRestore::DeformDeleteRestore(Curve* curve, int beforeCount,
     const int n = curve->PointCount();
     if (n > 0 && curve->Knots()) {
         after_.knots.assign(curve->Knots(), curve->Knots() + n);
-        for (int i = 0; i < n; ++i) after_.controllers.push_back(curve->Controller(i));
+        for (int i = 0; i < n; ++i)
+            after_.controllers.push_back(curve->Controller(i));
     }
     pinAll(before_.controllers);
     pinAll(after_.controllers);
@@ -116,7 +119,8 @@ DeformPtPosChange::DeformPtPosChange(Curve* curve)
     : CurveRestoreBase(curve), count_(curve->PointCount()) {
     curve->SetOpenPosRecord(this);
     const CurveKnot* k = curve->Knots();
-    if (!k) count_ = 0;
+    if (!k)
+        count_ = 0;
     for (int i = 0; i < count_; ++i) {
         beforePos_.push_back(k[i].pos);
         beforeIn_.push_back(k[i].inTan);
@@ -130,17 +134,21 @@ DeformPtPosChange::DeformPtPosChange(Curve* curve)
 DeformPtPosChange::~DeformPtPosChange() {
     // A record discarded without its hold ending (never by theHold) must not leave the
     // curve pointing at it.
-    if (curve_->OpenPosRecord() == this) curve_->SetOpenPosRecord(nullptr);
+    if (curve_->OpenPosRecord() == this)
+        curve_->SetOpenPosRecord(nullptr);
 }
 
 void DeformPtPosChange::SetAfterPos(int i, const Point2& p) {
-    if (i >= 0 && i < count_) afterPos_[i] = p;
+    if (i >= 0 && i < count_)
+        afterPos_[i] = p;
 }
 void DeformPtPosChange::SetAfterInTan(int i, const Point2& p) {
-    if (i >= 0 && i < count_) afterIn_[i] = p;
+    if (i >= 0 && i < count_)
+        afterIn_[i] = p;
 }
 void DeformPtPosChange::SetAfterOutTan(int i, const Point2& p) {
-    if (i >= 0 && i < count_) afterOut_[i] = p;
+    if (i >= 0 && i < count_)
+        afterOut_[i] = p;
 }
 
 void DeformPtPosChange::apply(const std::vector<Point2>& pos, const std::vector<Point2>& in,
@@ -157,6 +165,13 @@ void DeformPtPosChange::apply(const std::vector<Point2>& pos, const std::vector<
 
 void DeformPtPosChange::Restore(int isUndo) {
     apply(beforePos_, beforeIn_, beforeOut_);
+    // A roll-back (a drag step going back to the press state) starts the after state over:
+    // the next step may move other points, and redo must not bring back this step's.
+    if (!isUndo) {
+        afterPos_ = beforePos_;
+        afterIn_ = beforeIn_;
+        afterOut_ = beforeOut_;
+    }
     curve_->Refresh(isUndo != 0);
 }
 
@@ -166,7 +181,8 @@ void DeformPtPosChange::Redo() {
 }
 
 void DeformPtPosChange::EndHold() {
-    if (curve_->OpenPosRecord() == this) curve_->SetOpenPosRecord(nullptr);
+    if (curve_->OpenPosRecord() == this)
+        curve_->SetOpenPosRecord(nullptr);
 }
 
 // ---------------------------------------------------------------------------------------
