@@ -5,13 +5,14 @@
 #include "host/hold.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <new>
 #include <vector>
 
 namespace {
 
-int animateOn = 0;         // animate mode as the user set it
-int animateSuspended = 0;  // SuspendAnimate calls not yet resumed
+int animateOn = 0;        // animate mode as the user set it
+int animateSuspended = 0; // SuspendAnimate calls not yet resumed
 
 struct Key {
     TimeValue t;
@@ -44,7 +45,9 @@ public:
             auto hi = std::upper_bound(keys_.begin(), keys_.end(), t,
                                        [](TimeValue a, const Key& k) { return a < k.t; });
             auto lo = hi - 1;
-            float u = float(t - lo->t) / float(hi->t - lo->t);
+            // Key times may lie as far apart as the whole time line (a loaded scene can put
+            // them anywhere): take the differences in 64 bits.
+            const float u = float(double(int64_t(t) - lo->t) / double(int64_t(hi->t) - lo->t));
             v = lo->v + (hi->v - lo->v) * u;
             iv.SetInstant(t);
         }
@@ -61,7 +64,8 @@ public:
             GetValue(t, &cur, ignored, CTRL_ABSOLUTE);
             v = cur + v;
         }
-        if (theHold.Holding()) theHold.Put(new StateRestore(this));
+        if (theHold.Holding())
+            theHold.Put(new StateRestore(this));
         if (Animating()) {
             auto it = std::lower_bound(keys_.begin(), keys_.end(), t,
                                        [](const Key& k, TimeValue a) { return k.t < a; });
@@ -80,15 +84,14 @@ public:
             Point3 cur;
             GetValue(t, &cur, ignored, CTRL_ABSOLUTE);
             Point3 d = v - cur;
-            for (Key& key : keys_) key.v = key.v + d;
+            for (Key& key : keys_)
+                key.v = key.v + d;
         }
         NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
     }
 
     int NumKeys() override { return int(keys_.size()); }
-    TimeValue GetKeyTime(int i) override {
-        return (i >= 0 && i < NumKeys()) ? keys_[i].t : 0;
-    }
+    TimeValue GetKeyTime(int i) override { return (i >= 0 && i < NumKeys()) ? keys_[i].t : 0; }
 
     RefTargetHandle Clone(RemapDir& remap) override {
         auto* c = new Point3KeyControl;
@@ -178,7 +181,8 @@ private:
 
     Key* keyAt(TimeValue t) {
         for (Key& k : keys_)
-            if (k.t == t) return &k;
+            if (k.t == t)
+                return &k;
         return nullptr;
     }
 
@@ -207,13 +211,13 @@ private:
         CStr Description() override { return CStr("Point3 key restore"); }
 
     private:
-        Point3KeyControl* c_;  // the controller, pinned while this record lives
+        Point3KeyControl* c_; // the controller, pinned while this record lives
         std::vector<Key> beforeKeys_, afterKeys_;
         Point3 beforeConst_, afterConst_;
     };
 
-    std::vector<Key> keys_;  // sorted by time, no two at one time
-    Point3 constant_;        // the value while there are no keys
+    std::vector<Key> keys_; // sorted by time, no two at one time
+    Point3 constant_;       // the value while there are no keys
 };
 
 /// The controller's class, so that a scene can re-create saved controllers.
@@ -237,7 +241,7 @@ struct BuiltinClassRegistration {
     BuiltinClassRegistration() { ClassDirectory::Get().AddClass(&point3KeyControlDesc); }
 } builtinClassRegistration;
 
-}  // namespace
+} // namespace
 
 Control* NewDefaultPoint3Controller() { return new Point3KeyControl; }
 ClassDesc* GetPoint3ControllerClassDesc() { return &point3KeyControlDesc; }
@@ -247,5 +251,6 @@ void AnimateOn() { animateOn = 1; }
 void AnimateOff() { animateOn = 0; }
 void SuspendAnimate() { ++animateSuspended; }
 void ResumeAnimate() {
-    if (animateSuspended > 0) --animateSuspended;
+    if (animateSuspended > 0)
+        --animateSuspended;
 }
