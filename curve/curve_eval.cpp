@@ -381,8 +381,13 @@ inline const LookupTable* Curve::acquireLookup(EvalCache::Reader& r, const Cache
     return buildLookupTable(r, s);
 }
 
+// The largest table that is built: 16M intervals (64 MiB). A client may ask for any size,
+// and GetLookupSize answers it, but a table of billions of entries would take the memory
+// and the minutes of a hung host; beyond this size values come from the exact solve.
+constexpr int kMaxBuiltLookupSize = 1 << 24;
+
 const LookupTable* Curve::buildLookupTable(EvalCache::Reader& r, const CacheState& s) {
-    if (s.lookupSize < 1)
+    if (s.lookupSize < 1 || s.lookupSize > kMaxBuiltLookupSize)
         return nullptr;
 
     std::lock_guard<std::recursive_mutex> g(evalCache_.Lock());
