@@ -9,6 +9,7 @@
 #include "doctest/doctest.h"
 #include "editor/graph_paint.h"
 #include "host/colorman.h"
+#include "host/gdi_tracking.h"
 #include "host/offscreen.h"
 #include "tests/win/graph_test_support.h"
 
@@ -364,4 +365,47 @@ TEST_CASE_FIXTURE(edtest::EditorFixture, "the batched drawing gives the pixels o
     c.DrawCurve(0, batched.dc, s, 0);
     referenceDraw(c, plain.dc, s);
     CHECK(batched.Differences(plain) == 0);
+}
+
+TEST_CASE_FIXTURE(edtest::EditorFixture, "painting frees what it creates and leaves the context "
+                                         "as it found it") {
+    OpenEditor ed(2, kFlags | CC_SHOW_CURRENTXVAL);
+    LoadPoints(ed.curve(0),
+               {Knot(0, 0),
+                Knot(50, 20, KNOT_BEZIER | KNOT_SELECTED, Point2(-5.0f, 0.0f), Point2(5.0f, 0.0f)),
+                Knot(100, 0)});
+    LoadPoints(ed.curve(1), {Knot(0, 10), Knot(100, -10)});
+    BitArray shown(2);
+    shown.Set(0);
+    ed.control().SetShownCurves(shown);
+    ed.SetView(2.0f, 1.0f, -27, 0);
+    ed.Repaint();
+    const int pens = LiveGdiCount(GdiKind::Pen);
+    const int total = LiveGdiTotal();
+    for (int i = 0; i < 5; ++i)
+        ed.Repaint();
+    InvalidateRect(ed.strip(), nullptr, FALSE);
+    ed.editor().Cache().rulerValid = 0;
+    UpdateWindow(ed.strip());
+    CHECK(LiveGdiCount(GdiKind::Pen) == pens);
+    CHECK(LiveGdiTotal() == total);
+
+    Canvas canvas;
+    const HGDIOBJ pen = GetCurrentObject(canvas.dc, OBJ_PEN);
+    const HGDIOBJ brush = GetCurrentObject(canvas.dc, OBJ_BRUSH);
+    const HGDIOBJ font = GetCurrentObject(canvas.dc, OBJ_FONT);
+    const int mode = GetBkMode(canvas.dc);
+    const COLORREF text = GetTextColor(canvas.dc);
+    RECT client{};
+    GetClientRect(ed.graph(), &client);
+    DrawGraph(ed.editor(), canvas.dc, client, 0);
+    DrawRuler(ed.editor(), ed.strip(), canvas.dc);
+    CHECK(GetCurrentObject(canvas.dc, OBJ_PEN) == pen);
+    CHECK(GetCurrentObject(canvas.dc, OBJ_BRUSH) == brush);
+    CHECK(GetCurrentObject(canvas.dc, OBJ_FONT) == font);
+    CHECK(GetBkMode(canvas.dc) == mode);
+    CHECK(GetTextColor(canvas.dc) == text);
+    HRGN clip = CreateRectRgn(0, 0, 0, 0);
+    CHECK(GetClipRgn(canvas.dc, clip) == 0); // no clip region left behind
+    DeleteObject(clip);
 }
