@@ -12,7 +12,7 @@ namespace hostwin {
 
 namespace {
 
-struct ClassSpec {
+struct ClassEntry {
     const char* name;
     WNDPROC proc;
     UINT style;
@@ -20,7 +20,7 @@ struct ClassSpec {
 };
 
 // Indexed by ControlClass.
-const ClassSpec kClasses[] = {
+const ClassEntry kClasses[] = {
     {CUSTTOOLBAR_CLASS, ControlWndProc<ToolbarControl>, 0, IDC_ARROW},
     {CUSTBUTTON_CLASS, ControlWndProc<ButtonControl>, CS_DBLCLKS, IDC_ARROW},
     {CUSTEDIT_CLASS, ControlWndProc<EditControl>, 0, IDC_IBEAM},
@@ -40,21 +40,21 @@ void RegisterControlClasses() {
     for (size_t i = 0; i < size_t(ControlClass::Count); ++i) {
         if (classAtoms[i])
             continue;
-        const ClassSpec& spec = kClasses[i];
+        const ClassEntry& entry = kClasses[i];
         WNDCLASSA wc = {};
         // Global classes: plug-ins create these windows with their own module instance.
-        wc.style = CS_GLOBALCLASS | spec.style;
-        wc.lpfnWndProc = spec.proc;
+        wc.style = CS_GLOBALCLASS | entry.style;
+        wc.lpfnWndProc = entry.proc;
         wc.cbWndExtra = sizeof(void*); // slot 0: the ControlObject
         wc.hInstance = HostInstance();
-        wc.hCursor = LoadCursorA(nullptr, spec.cursor);
-        wc.lpszClassName = spec.name;
+        wc.hCursor = LoadCursorA(nullptr, entry.cursor);
+        wc.lpszClassName = entry.name;
         classAtoms[i] = RegisterClassA(&wc);
         if (!classAtoms[i]) {
             // Registered before by this module (after an unload and reload): GetClassInfo
             // answers the class atom.
             WNDCLASSA existing;
-            classAtoms[i] = ATOM(GetClassInfoA(HostInstance(), spec.name, &existing));
+            classAtoms[i] = ATOM(GetClassInfoA(HostInstance(), entry.name, &existing));
         }
     }
 }
