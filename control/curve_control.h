@@ -54,6 +54,8 @@ public:
     void Update(TimeValue t, Interval& valid) override;
     void SetMarkerX(float x) override;
     void EnableRedraw(BOOL enable) override { drawEnabled_ = enable; }
+    /// What EnableRedraw last set (TRUE initially).
+    BOOL RedrawEnabled() const { return drawEnabled_; }
     void DeleteCurve(int i) override;
     void ResetSelectedCurves() override;
     /// @}

@@ -10,6 +10,8 @@
 #include "editor/hit_record.h"
 #include "host/interval.h"
 
+#include <vector>
+
 class IOffScreenBuf;
 
 /// Frees an off-screen buffer when its owner goes.
@@ -91,6 +93,25 @@ public:
     /// Frees the off-screen buffer (the editor's last teardown step).
     void DestroyBuffer() { buffer_.Destroy(); }
 
+    /// @name What the edit modes' press found (modes/): the selection mode fills it, the
+    /// move mode drags the handles in it
+    /// @{
+    /// The handle hits of the press, in hit order: handleCurves[k] is the curve of
+    /// handleHits[k]. Both empty when the press hit no handle.
+    std::vector<int>& HandleCurves() { return handleCurves_; }
+    std::vector<CurveHit>& HandleHits() { return handleHits_; }
+    /// Curve of the first hit record of the press, -1 when none.
+    int CurrentCurve() const { return currentCurve_; }
+    void SetCurrentCurve(int i) { currentCurve_ = i; }
+    /// Set while a move drag is in progress.
+    bool Moving() const { return moving_ != 0; }
+    void SetMoving(bool on) { moving_ = on ? 1 : 0; }
+    /// @}
+
 private:
-    OffScreenBuffer buffer_; // the graph's picture
+    OffScreenBuffer buffer_;           // the graph's picture
+    std::vector<int> handleCurves_;    // curve index of each handle hit of the press
+    std::vector<CurveHit> handleHits_; // (point index, part) of each handle hit
+    int currentCurve_ = -1;            // curve of the press's first hit record, -1 none
+    int moving_ = 0;                   // a move drag is in progress
 };

@@ -21,18 +21,33 @@
 
 class CurveCtlWindow;
 
-/// Selection and the press/drag/release bookkeeping shared by the editing modes.
+/// Selection and the press/drag/release bookkeeping shared by the editing modes
+/// (deform_mouse_proc.cpp).
 class DeformMouseProc : public MouseCallBack {
 public:
+    ~DeformMouseProc() override;
+    /// MOUSE_POINT (press at point 0, else release), MOUSE_MOVE, MOUSE_ABORT and
+    /// MOUSE_FREEMOVE; everything else is ignored. Always answers 1.
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+
     CurveCtlWindow* window = nullptr; // not owned
     MouseCallBack* subMode = nullptr; // the editing mode drags go to; not owned
     int dragging = 0;                 // moved more than 2 pixels since the press
     int pendingSelect = 0;            // the press hit a selected point, no modifiers
     int region = 0;                   // the press started a region box
     int add = 0;                      // Ctrl at the press
+    int subtract = 0;                 // the subtract modifier (Alt) at the press
     int clearOnRelease = 0;           // a click on empty space clears the selection
+    int subModeDragging = 0;          // the sub-mode accepted the press of this drag
     IPoint2 pressPoint;               // where the press was
     IPoint2 lastPoint;                // where the last move was
+
+private:
+    void press(HWND hwnd, int flags, IPoint2 m);
+    void move(HWND hwnd, int point, int flags, IPoint2 m);
+    void release(HWND hwnd, int point, int flags, IPoint2 m);
+    void abort(HWND hwnd, int point, int flags, IPoint2 m);
+    void freeMove(HWND hwnd, IPoint2 m);
 };
 
 /// Installed on the left button while no edit or view mode applies.
@@ -64,18 +79,50 @@ public:
     IPoint2 previous; // opposite corner of the box drawn last
 };
 
+/// The allowed motion of one drag, computed at its first move and kept until the next
+/// press (dx and dy for move, dy only for scale).
+struct DragLimits {
+    int computed = 0;          // the limits below hold for this drag
+    float xLow = 0, xHigh = 0; // lowest and highest dx
+    float yLow = 0, yHigh = 0; // lowest and highest dy
+};
+
+/// Drags the selected points of the displayed curves, or the handles hit at the press
+/// (move_mode.cpp).
 class DeformMoveMouseProc : public MouseCallBack {
 public:
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+
     CurveCtlWindow* window = nullptr; // not owned
     IPoint2 press;                    // press point
     int breakTangent = 0;             // latched for the rest of a handle drag
+    DragLimits limits;                // of the drag in progress
+
+private:
+    int pressed(IPoint2 m);
+    void drag(int flags, IPoint2 m);
+    void dragPoints(float dx, float dy);
+    void dragHandles(int flags, float dx, float dy);
+    void finish(bool accept);
 };
 
+/// Scales the y of the selected points of the displayed curves about y = 0
+/// (scale_mode.cpp).
 class DeformScaleMouseProc : public MouseCallBack {
 public:
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+
     CurveCtlWindow* window = nullptr; // not owned
     IPoint2 press;                    // press point
-    float pressHeight = 0;            // curve height under the press
+    float pressHeight = 0;            // curve height under the press (d0); 0 when refused
+    DragLimits limits;                // of the drag in progress (y only)
+
+private:
+    /// The curve height under row `y`: (H - S - y) / yScale.
+    float heightAt(int y);
+    int pressed(IPoint2 m);
+    void drag(IPoint2 m);
+    void finish(bool accept);
 };
 
 class DeformInsertMouseProc : public MouseCallBack {

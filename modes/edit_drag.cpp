@@ -1,0 +1,113 @@
+#include "modes/edit_drag.h"
+
+#include "control/control_undo.h"
+#include "control/curve_control.h"
+#include "host/core_interface.h"
+#include "host/hold.h"
+#include "modes/mouse_modes.h"
+#include "plugin/res_string.h"
+
+#include <algorithm>
+
+namespace edit_drag {
+
+namespace {
+
+/// Holds the control's repaints back for a scope: a hold that rolls back restores each
+/// curve's points, and each restored curve asks its owner for a whole repaint. Sixteen
+/// curves would repaint the graph sixteen times per drag step; the step repaints once.
+class QuietRedraw {
+public:
+    explicit QuietRedraw(CurveControl* control)
+        : control_(control), was_(control ? control->RedrawEnabled() : FALSE) {
+        if (control_)
+            control_->EnableRedraw(FALSE);
+    }
+    ~QuietRedraw() {
+        if (control_)
+            control_->EnableRedraw(was_);
+    }
+    QuietRedraw(const QuietRedraw&) = delete;
+    QuietRedraw& operator=(const QuietRedraw&) = delete;
+
+private:
+    CurveControl* control_; // not owned
+    BOOL was_;              // the setting to put back
+};
+
+void dropCaches(CurveCtlWindow& w) {
+    ForEachDisplayed(w, [](Curve& c, int) { c.InvalidateCache(); });
+}
+
+void repaintStrip(CurveCtlWindow& w) {
+    w.InvalidateRuler();
+    if (PosWindow* strip = w.Strip())
+        UpdateWindow(strip->Handle());
+}
+
+} // namespace
+
+TimeValue Now() { return GetCOREInterface()->GetTime(); }
+
+void SelectionLimits(CurveCtlWindow& w, TimeValue t, DragLimits& limits) {
+    bool first = true;
+    ForEachDisplayed(w, [&](Curve& c, int) {
+        float xlo, xhi, ylo, yhi;
+        c.GetMoveRange(t, -1, xlo, xhi);
+        c.GetMoveYRange(t, -1, ylo, yhi);
+        limits.xLow = first ? xlo : std::max(limits.xLow, xlo);
+        limits.xHigh = first ? xhi : std::min(limits.xHigh, xhi);
+        limits.yLow = first ? ylo : std::max(limits.yLow, ylo);
+        limits.yHigh = first ? yhi : std::min(limits.yHigh, yhi);
+        first = false;
+    });
+    if (first) // nothing displayed: nothing moves, whatever the limits
+        limits.xLow = limits.xHigh = limits.yLow = limits.yHigh = 0.0f;
+    limits.computed = 1;
+}
+
+void BeginDrag(CurveCtlWindow& w, bool prepare, int prepareName) {
+    theHold.SuperBegin();
+    if (prepare) {
+        theHold.Begin();
+        ForEachDisplayed(w, [](Curve& c, int) { c.AnimateSelectedKnots(TRUE, nullptr); });
+        theHold.Accept(GetResString(prepareName));
+    }
+    theHold.Begin();
+    if (theHold.Holding() && w.Control())
+        theHold.Put(new CurveAFlagHandler(w.Control()));
+}
+
+void RestorePressState(CurveCtlWindow& w) {
+    {
+        QuietRedraw quiet(w.Control());
+        theHold.Restore();
+    }
+    dropCaches(w);
+}
+
+void RepaintStep(CurveCtlWindow& w) {
+    w.RedrawGraph();
+    repaintStrip(w);
+}
+
+void EndDrag(CurveCtlWindow& w, bool accept, int name) {
+    {
+        QuietRedraw quiet(w.Control());
+        if (accept) {
+            theHold.Accept(GetResString(name));
+            theHold.SuperAccept(GetResString(name));
+        } else {
+            theHold.Cancel();
+            theHold.SuperCancel();
+        }
+    }
+    dropCaches(w);
+    if (accept && w.Control())
+        w.Control()->NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
+    RepaintStep(w);
+    InvalidateRect(w.Handle(), nullptr, FALSE);
+    UpdateWindow(w.Handle());
+}
+
+} // namespace edit_drag
