@@ -22,7 +22,8 @@
 //   - the cache is an immutable state per rebuild (curve_eval_cache.h), so the lookup
 //     table belongs to the state it was built from;
 //   - ValueAt answers the common lookup case (warm cache valid for all times, x inside
-//     the range) in a few loads before it takes the general path.
+//     the range, a curve this thread evaluated before) from a thread-local entry before
+//     it takes the general path.
 #include "control/curve_control.h"
 #include "curve/curve.h"
 #include "host/controller.h"
@@ -447,8 +448,6 @@ const LookupTable* Curve::buildLookupTable(EvalCache::Reader& r, const CacheStat
 
     s.lookupOwner = table;
     s.lookup.store(table.get(), std::memory_order_release);
-    if (s.plainLookup)
-        s.quickLookup.store(table.get(), std::memory_order_release);
     evalCache_.SetTableMemory(std::move(table));
     return s.lookup.load(std::memory_order_relaxed);
 }
@@ -462,26 +461,33 @@ void Curve::BuildLookup(TimeValue t) {
 // ---------------------------------------------------------------------------------------
 // [SECTION] Queries
 
-// The common case of a client's per-frame calls, in a handful of loads and compares: a
-// thread that has read this state before, a state valid for all times (so narrowing
-// `valid` changes nothing) with two or more points, x inside the range, a built table and
-// an index inside it. It counts as the general path does; anything else goes there.
+namespace {
+/// The table interpolation at index position f (0 <= f < size): the index from f, the
+/// fraction from x itself with the step of size, as the table is defined.
+inline float interpolate(const float* v, float f, float x, float step) {
+    const int e = int(f);
+    return v[e] + (v[e + 1] - v[e]) * (x - float(e) * step) / step;
+}
+} // namespace
+
+// The common case of a client's per-frame calls: a table lookup inside the range on a
+// curve this thread evaluated before, with the state unchanged since (the thread's
+// QuickEntry for the curve, curve_eval_cache.h). It costs a serial compare and three
+// float compares before the interpolation, and counts as the general path does; anything
+// else goes there. Given x >= x low and an index scale that is not negative, the index is
+// not negative (or not a number, which fails the bound): whenever this answers, the
+// general path would have interpolated the same entries with the same arithmetic.
 float Curve::ValueAt(TimeValue t, float x, Interval& valid, BOOL useLookup) {
-    const int n = curve_eval::tReaderSlot;
-    curve_eval::ReaderSlot* slot;
-    const CacheState* s;
-    const LookupTable* lt;
-    if (useLookup && n >= 0 && (slot = evalCache_.AttachedSlot(n)) &&
-        (s = evalCache_.Published()) && s == slot->hazard.load(std::memory_order_relaxed) &&
-        (lt = s->quickLookup.load(std::memory_order_acquire))) {
+    const curve_eval::QuickEntry& q = evalCache_.ThreadQuickEntry();
+    if (q.serial == evalCache_.Serial() && useLookup) [[likely]] {
         const Point2 xr = ownerXRange(owner_);
-        const float f = (x - xr.x) * lt->indexScale;
-        if (!(x > xr.y) && !(x < xr.x) && f > -1.0f && f < lt->sizeAsFloat) [[likely]] {
-            slot->count.store(slot->count.load(std::memory_order_relaxed) + 1,
-                              std::memory_order_relaxed);
-            const int e = int(f);
-            const float* v = lt->values.get();
-            return v[e] + (v[e + 1] - v[e]) * (x - float(e) * lt->step) / lt->step;
+        if (x >= xr.x && x <= xr.y) [[likely]] {
+            const float f = (x - xr.x) * q.indexScale;
+            if (f < q.sizeAsFloat) [[likely]] {
+                std::atomic<long>& count = q.slot->count;
+                count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+                return interpolate(q.values, f, x, q.step);
+            }
         }
     }
     return valueAtGeneral(t, x, valid, useLookup);
@@ -531,14 +537,12 @@ float Curve::valueAtGeneral(TimeValue t, float x, Interval& valid, BOOL useLooku
 
     if (useLookup) {
         if (const LookupTable* lt = acquireLookup(r, *s)) {
+            r.RememberQuick(*s, *lt); // the next call on this curve can take the quick path
             // The index comes from x - x low with the scale of size - 1, the fraction from
             // x itself with the step of size: both are the table's defined behaviour.
             const float f = (x - xr.x) * lt->indexScale;
-            if (f > -1.0f && f < float(lt->size)) {
-                const int e = int(f);
-                const float* v = lt->values.get();
-                return v[e] + (v[e + 1] - v[e]) * (x - float(e) * lt->step) / lt->step;
-            }
+            if (f > -1.0f && f < float(lt->size))
+                return interpolate(lt->values.get(), f, x, lt->step);
         }
     }
 

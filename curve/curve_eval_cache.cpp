@@ -8,6 +8,12 @@
 // Either the writer sees a reader's hazard, or that reader sees the new state and
 // re-protects; a state named by a hazard is never freed, so a reader whose hazard already
 // equals the current state reads it without any fence.
+//
+// The quick path (QuickEntry) compares publication serials instead of state pointers: a
+// serial is never reused, so an equal serial means the very state the entry was taken
+// from, never a new one that happens to sit at a freed state's address. A reader that
+// still sees the old serial just after a publication reads the old state, which its
+// hazard keeps alive, as if it had run a moment earlier.
 #include "curve/curve_eval_cache.h"
 
 #include <algorithm>
@@ -26,6 +32,7 @@ namespace curve_eval {
 // MinGW's emulated TLS such a destructor can run after its object's storage is gone.
 
 __thread int tReaderSlot CURVE_EVAL_TLS_MODEL = -2;
+__thread QuickEntry tQuickEntries[kQuickLanes] CURVE_EVAL_TLS_MODEL;
 
 namespace {
 
@@ -65,8 +72,11 @@ int assignSlot() {
 } // namespace
 
 void ReleaseReaderSlot(int n) {
-    // Evaluations that still run on this thread (from other exit handlers) use the lock.
+    // Evaluations that still run on this thread (from other exit handlers) use the lock;
+    // the slot's next thread overwrites its hazards, so the quick entry goes too.
     tReaderSlot = kNoSlot;
+    for (QuickEntry& e : tQuickEntries)
+        e = QuickEntry{};
     std::lock_guard<std::mutex> g(slotPoolLock());
     if (n >= 0 && n < EvalCache::kMaxReaderSlots)
         slotUsed[n] = false;
@@ -74,6 +84,18 @@ void ReleaseReaderSlot(int n) {
 
 // ---------------------------------------------------------------------------------------
 // EvalCache
+
+namespace {
+
+/// A serial no publication of any curve has had; never 0 (the empty QuickEntry's).
+std::uint64_t nextSerial() {
+    static std::atomic<std::uint64_t> last{0};
+    return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+} // namespace
+
+EvalCache::EvalCache() : serial_(nextSerial()) {}
 
 EvalCache::~EvalCache() {
     // No reader may run any more: the curve is going away.
@@ -101,10 +123,28 @@ ReaderSlot* EvalCache::slotAt(int index) {
 }
 
 void EvalCache::Publish(std::unique_ptr<CacheState> next) {
+    const std::uint64_t serial = nextSerial();
+    if (next)
+        next->serial = serial;
     const CacheState* old = state_.exchange(next.release(), std::memory_order_seq_cst);
+    serial_.store(serial, std::memory_order_release);
     if (old)
         retired_.emplace_back(old);
     reclaim();
+}
+
+// The lane is chosen when the curve first fills a quick entry, not when it is made (making
+// one curve may make others, such as temporaries): the curves a client evaluates in turn
+// then take lanes in turn. A thread that fills an entry in lane 0 while another thread is
+// between choosing and storing the lane leaves an entry that no curve will match (serials
+// are unique) and that this curve no longer reads, which is harmless.
+void EvalCache::chooseLane() {
+    static std::atomic<unsigned> lastLane{0};
+    if (laneChosen_.load(std::memory_order_relaxed) ||
+        laneChosen_.exchange(true, std::memory_order_relaxed))
+        return;
+    lane_.store(lastLane.fetch_add(1, std::memory_order_relaxed) % kQuickLanes,
+                std::memory_order_relaxed);
 }
 
 void EvalCache::reclaim() {
@@ -156,7 +196,19 @@ void EvalCache::Reader::attach() {
         cache_.lock_.lock();
 }
 
+namespace {
+
+/// Empties `e` when it was taken through `slot`: the slot's hazard is about to change, and
+/// the entry's state would no longer be protected.
+inline void forgetQuickEntry(QuickEntry& e, const ReaderSlot* slot) {
+    if (e.slot == slot)
+        e.serial = 0;
+}
+
+} // namespace
+
 const CacheState* EvalCache::Reader::protect(const CacheState* p) {
+    forgetQuickEntry(cache_.ThreadQuickEntry(), slot_);
     for (;;) {
         slot_->hazard.store(p, std::memory_order_seq_cst);
         const CacheState* q = cache_.state_.load(std::memory_order_seq_cst);
@@ -169,8 +221,21 @@ const CacheState* EvalCache::Reader::protect(const CacheState* p) {
 void EvalCache::Reader::Adopt(const CacheState* s) {
     // The caller holds the lock, so `s` cannot be retired before the hazard is visible to
     // the next reclaim (which takes the lock after us).
-    if (slot_)
+    if (slot_) {
+        forgetQuickEntry(cache_.ThreadQuickEntry(), slot_);
         slot_->hazard.store(s, std::memory_order_seq_cst);
+    }
+}
+
+void EvalCache::Reader::RememberQuick(const CacheState& s, const LookupTable& lt) {
+    // A negative index scale (a range given high to low) could make an index below 0 from
+    // an x inside the range; the quick path relies on x >= x low giving an index >= 0.
+    if (!slot_ || !s.plainLookup || lt.indexScale < 0.0f ||
+        slot_->hazard.load(std::memory_order_relaxed) != &s)
+        return;
+    cache_.chooseLane();
+    cache_.ThreadQuickEntry() =
+        QuickEntry{s.serial, slot_, lt.values.get(), lt.indexScale, lt.step, lt.sizeAsFloat};
 }
 
 } // namespace curve_eval

@@ -8,10 +8,12 @@
 // published once, whole), and a replaced state is freed only when no reader's hazard
 // pointer names it.
 //
-// Cost on the common path: one thread-local read, two plain loads and a compare (the
-// reader's hazard pointer stays set between calls, so a reader that finds the same state
-// as last time needs no fence), and an unshared counter store. Only a reader that meets a
-// new state pays for one sequentially consistent store.
+// Cost on the common path (a table lookup on a curve this thread evaluated before): one
+// plain load of the curve's publication serial compared with the thread's QuickEntry, and
+// an unshared counter store; no lock, no fence, no shared write. The reader's hazard
+// pointer stays set between calls, so the state it last read stays alive. Any other
+// evaluation reads the thread's slot number and the curve's slot of it; only a reader that
+// meets a new state pays for one sequentially consistent store.
 //
 // Rules:
 //   - Publish, Reclaim and the table memory run under Lock() only.
@@ -24,6 +26,7 @@
 #include "host/interval.h"
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -66,19 +69,17 @@ struct CacheState {
     TimeValue firstTime = 1; // validity as a plain range (1 .. 0 when empty)
     TimeValue lastTime = 0;
     bool forever = false;         // validity is FOREVER: narrowing by it changes nothing
-    bool plainLookup = false;     // forever, and two or more points: see quickLookup
+    bool plainLookup = false;     // forever, and two or more points: see QuickEntry
     int count = 0;                // number of records
     int lookupSize = 0;           // the curve's lookup size when this state was built
     bool ordered = false;         // record x positions never decrease: binary search is exact
     bool firstPureCorner = false; // point 0 is KNOT_CORNER without KNOT_BEZIER
     bool lastPureCorner = false;  // the last point is
     std::unique_ptr<CachedKnot[]> knots; // count records
+    std::uint64_t serial = 0;            // this publication's number (set by Publish)
 
     /// The lookup table, null until first needed; set once under the cache lock.
     mutable std::atomic<const LookupTable*> lookup{nullptr};
-    /// `lookup` when the state is plainLookup, else null: the one test ValueAt's quick
-    /// case needs (set together with `lookup`).
-    mutable std::atomic<const LookupTable*> quickLookup{nullptr};
     /// Owns `lookup` (shared with the curve's table memory).
     mutable std::shared_ptr<const LookupTable> lookupOwner;
 };
@@ -90,13 +91,47 @@ struct alignas(64) ReaderSlot {
     std::atomic<const CacheState*> hazard{nullptr}; // the state this thread may be reading
 };
 
+/// Thread-local variables are plain __thread (no constructor) so that reading one is a
+/// thread-pointer-relative load; thread_local would go through a wrapper call from other
+/// files. (The initial-exec model keeps the compiler from assuming a call to the TLS
+/// resolver, which would make it save every argument of ValueAt first.)
+#if defined(__ELF__)
+#define CURVE_EVAL_TLS_MODEL __attribute__((tls_model("initial-exec")))
+#else
+#define CURVE_EVAL_TLS_MODEL
+#endif
+
+/// This thread's slot number: -2 before its first evaluation, -1 when every slot is taken.
+extern __thread int tReaderSlot CURVE_EVAL_TLS_MODEL;
+
+/// A thread's shortcut to the lookup table of a curve it evaluated, for Curve::ValueAt's
+/// common case. Filled by the general path from a state that is valid for all times, has
+/// two or more points, a built table, and is this thread's hazard on that curve; emptied
+/// (serial 0) whenever the thread's hazard on that curve changes and when the thread gives
+/// its slot number back. So while `serial` equals the curve's Serial(), the state is
+/// current and cannot be freed, and every field below is still good.
+struct QuickEntry {
+    std::uint64_t serial; // publication the entry was taken from; 0: empty
+    ReaderSlot* slot;     // this thread's slot of that curve: counts the evaluations
+    const float* values;  // the table's size + 1 entries
+    float indexScale;     // the table's (size - 1) / (x high - x low); never negative
+    float step;           // the table's (x high - x low) / size
+    float sizeAsFloat;    // float(size): indices must stay below it
+};
+
+/// Each curve uses the entry of its lane. Curves take lanes in turn as they first fill an
+/// entry, so a client that evaluates up to this many curves in turn keeps all of them on
+/// the quick path; curves that share a lane take the general path in turn.
+constexpr unsigned kQuickLanes = 4;
+extern __thread QuickEntry tQuickEntries[kQuickLanes] CURVE_EVAL_TLS_MODEL;
+
 class EvalCache {
 public:
     static constexpr int kSlotsPerChunk = 8;
     static constexpr int kSlotChunks = 16;
     static constexpr int kMaxReaderSlots = kSlotsPerChunk * kSlotChunks;
 
-    EvalCache() = default;
+    EvalCache();
     ~EvalCache();
     EvalCache(const EvalCache&) = delete;
     EvalCache& operator=(const EvalCache&) = delete;
@@ -110,9 +145,14 @@ public:
     void Publish(std::unique_ptr<CacheState> next);
     /// The current state, for a caller that holds Lock().
     const CacheState* CurrentLocked() const { return state_.load(std::memory_order_relaxed); }
-    /// The current state as a reader sees it; safe to read only when it equals the
-    /// reader's hazard (see Reader).
-    const CacheState* Published() const { return state_.load(std::memory_order_acquire); }
+    /// The serial of the current publication: never 0, never the same for two
+    /// publications of any curves. Equal to a QuickEntry's serial while that entry's state
+    /// is current.
+    std::uint64_t Serial() const { return serial_.load(std::memory_order_acquire); }
+    /// This thread's quick entry for this curve (see QuickEntry).
+    QuickEntry& ThreadQuickEntry() const {
+        return tQuickEntries[lane_.load(std::memory_order_relaxed)];
+    }
     /// Slot n of this curve when this curve has met slot n before, else null.
     ReaderSlot* AttachedSlot(int n) const {
         const unsigned u = unsigned(n); // n >= 0: unsigned division is a plain shift
@@ -133,26 +173,18 @@ public:
 private:
     ReaderSlot* slotAt(int index);
     void reclaim();
+    void chooseLane();
 
     mutable std::recursive_mutex lock_;
-    std::atomic<const CacheState*> state_{nullptr};          // owned; the current state or null
+    std::atomic<const CacheState*> state_{nullptr}; // owned; the current state or null
+    std::atomic<std::uint64_t> serial_;             // state_'s serial (see Serial)
+    std::atomic<unsigned> lane_{0};                 // index into tQuickEntries, see chooseLane
+    std::atomic<bool> laneChosen_{false};           // lane_ is final
     std::vector<std::unique_ptr<const CacheState>> retired_; // replaced, maybe still read
     std::shared_ptr<const LookupTable> tableMemory_;         // last built table, or null
     std::atomic<ReaderSlot*> chunks_[kSlotChunks] = {};      // owned arrays of kSlotsPerChunk
     std::atomic<long> lockedCount_{0}; // evaluations of readers without a slot
 };
-
-/// This thread's slot number: -2 before its first evaluation, -1 when every slot is taken.
-/// A plain __thread int (no constructor) so that reading it is one thread-pointer-relative
-/// load; thread_local would go through a wrapper call from other files.
-/// (The initial-exec model keeps the compiler from assuming a call to the TLS resolver,
-/// which would make it save every argument of ValueAt first.)
-#if defined(__ELF__)
-#define CURVE_EVAL_TLS_MODEL __attribute__((tls_model("initial-exec")))
-#else
-#define CURVE_EVAL_TLS_MODEL
-#endif
-extern __thread int tReaderSlot CURVE_EVAL_TLS_MODEL;
 
 /// Gives slot number n back to the pool; runs on the thread that held it, as it ends.
 void ReleaseReaderSlot(int n);
@@ -187,6 +219,9 @@ public:
     }
     /// After a rebuild under Lock(): makes `s` (the state just published) this reader's.
     void Adopt(const CacheState* s);
+    /// Makes `lt`, the table of `s` (this reader's current state), the thread's QuickEntry
+    /// when `s` qualifies (see QuickEntry).
+    void RememberQuick(const CacheState& s, const LookupTable& lt);
     /// Adds n to the evaluation counter.
     void Count(long n) {
         if (slot_)
