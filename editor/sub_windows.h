@@ -3,6 +3,7 @@
 //
 //   pos_window.cpp    PosWindow: creation, size, the strip's placement and divider drag
 //   curve_window.cpp  CurveWindow: creation, size, mouse manager
+//   point_menu_commands.cpp  CurveWindow: the point menu's commands
 //   view_paint.cpp    Paint of both: the cache and double-buffering pipeline
 #pragma once
 
@@ -71,6 +72,9 @@ public:
     void Create(CurveCtlWindow* owner) override;
     LRESULT Move(int x, int y, int width, int height) override;
     MouseManager* GetMouseManager() override;
+    /// The point menu's commands, 40001..40012 (point_menu_commands.cpp); other ids are
+    /// ignored.
+    LRESULT Command(int notifyCode, int id, HWND control) override;
     LRESULT Paint() override;
     LRESULT Size(int type, int width, int height) override;
     LRESULT MouseActivate(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) override;

@@ -56,15 +56,22 @@ public:
     int proc(HWND, int, int, int, IPoint2) override { return 1; }
 };
 
+/// Pans the view while the button is held (pan_mode.cpp).
 class DeformPanMouseProc : public DeformMouseProc {
 public:
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+
     IPoint2 start;   // press point
     int startX0 = 0; // horizontal offset at the press
     int startY0 = 0; // vertical offset at the press
 };
 
+/// Zoom Horizontally, Zoom Vertically and Zoom, told apart by the window's view mode
+/// (zoom_mode.cpp).
 class DeformZoomMouseProc : public DeformMouseProc {
 public:
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+
     IPoint2 start;         // press point
     float startYScale = 0; // y scale at the press
     float startXScale = 0; // x scale at the press
@@ -73,8 +80,11 @@ public:
     Point2 anchor;         // curve point that stays under the same pixel
 };
 
+/// Zooms the dragged box to fill the graph (zoom_region_mode.cpp).
 class DeformZoomRegionMouseProc : public DeformMouseProc {
 public:
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+
     IPoint2 start;    // press point
     IPoint2 previous; // opposite corner of the box drawn last
 };
@@ -125,13 +135,21 @@ private:
     void finish(bool accept);
 };
 
+/// Inserts a point into every curve segment under a click (insert_mode.cpp). Answers 0
+/// to the press: the insertion is complete at once and no drag follows.
 class DeformInsertMouseProc : public MouseCallBack {
 public:
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+
     CurveCtlWindow* window = nullptr; // not owned
 };
 
+/// The point context menu (menu 101) on the right button's click (right_click_menu.cpp);
+/// the graph carries out the chosen command (editor/point_menu_commands.cpp).
 class DeformRightMouseProc : public MouseCallBack {
 public:
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+
     CurveCtlWindow* window = nullptr; // not owned
 };
 
