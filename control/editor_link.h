@@ -28,6 +28,8 @@ public:
     /// Selects an edit mode (400 move, 401 scale, 402 insert) with its fly-off entry;
     /// a fly-off of -1 leaves the button's entry as it is.
     virtual void SelectEditMode(int mode, int flyOff) = 0;
+    /// The edit mode and its button's fly-off entry; -1 when the button does not exist
+    /// (no edit toolbar), so that the control's own tool mode stands.
     virtual void GetEditMode(int& mode, int& flyOff) = 0;
     /// New display bits from SetShownCurves (puts the display undo record).
     virtual void SetDisplayMode(const BitArray& bits) = 0;

@@ -209,7 +209,8 @@ void CurveCtlWindow::SelectEditMode(int mode, int flyOff) {
 void CurveCtlWindow::GetEditMode(int& mode, int& flyOff) {
     mode = editMode_;
     ICustButton* button = toolbars_.Button(editMode_);
-    flyOff = button ? button->GetCurFlyOff() : 0;
+    // Without the button there is no fly-off to report: the control keeps its own mode.
+    flyOff = button ? button->GetCurFlyOff() : -1;
 }
 
 void CurveCtlWindow::SetDisplayMode(const BitArray& bits) {
