@@ -31,6 +31,14 @@ ViewEffect* NewViewEffect() {
     return nullptr;
 }
 
+/// "Could not open PATH", then what the scene reader or writer reported, one per line.
+std::string Describe(const char* what, const char* path, const SceneReport& report) {
+    std::string text = std::string(what) + " " + path;
+    for (int i = 0; i < report.Count(); ++i)
+        text += std::string("\n") + report.Message(i);
+    return text;
+}
+
 } // namespace
 
 HostApp::HostApp() = default;
@@ -103,23 +111,24 @@ std::string HostApp::EffectName() {
 // Commands
 
 void HostApp::Command(int id) {
+    std::string error;
     switch (id) {
     case kCmdNew:
         NewScene();
         break;
     case kCmdOpen:
         if (std::string path = AskPath(false); !path.empty())
-            OpenScene(path.c_str());
+            Complain(OpenScene(path.c_str(), &error), error);
         break;
     case kCmdSave:
         if (!scene_->Path().empty()) {
-            SaveScene(scene_->Path().c_str());
+            Complain(SaveScene(scene_->Path().c_str(), &error), error);
             break;
         }
         [[fallthrough]];
     case kCmdSaveAs:
         if (std::string path = AskPath(true); !path.empty())
-            SaveScene(path.c_str());
+            Complain(SaveScene(path.c_str(), &error), error);
         break;
     case kCmdExit:
         PostMessageA(main_, WM_CLOSE, 0, 0);
@@ -150,26 +159,26 @@ bool HostApp::NewScene() {
     return true;
 }
 
-bool HostApp::SaveScene(const char* path) {
+bool HostApp::SaveScene(const char* path, std::string* error) {
     SceneReport report;
     if (scene_->SaveFile(path, &report) != IO_OK) {
-        std::fprintf(stderr, "demo_host: could not save %s\n", path);
-        for (int i = 0; i < report.Count(); ++i)
-            std::fprintf(stderr, "  %s\n", report.Message(i));
+        if (error)
+            *error = Describe("Could not save", path, report);
         return false;
     }
     UpdateTitle();
     return true;
 }
 
-bool HostApp::OpenScene(const char* path) {
+bool HostApp::OpenScene(const char* path, std::string* error) {
     SceneRoots roots; // holds what the file made until the scene takes the effect
     SceneReport report;
     ViewEffect* effect = scene_->ReadFile(path, roots, &report);
-    for (int i = 0; i < report.Count(); ++i)
-        std::fprintf(stderr, "demo_host: %s: %s\n", path, report.Message(i));
-    if (!effect)
+    if (!effect) {
+        if (error)
+            *error = Describe("Could not open", path, report);
         return false;
+    }
     SwapEffect(effect);
     return true;
 }
@@ -194,6 +203,11 @@ void HostApp::SwapEffect(ViewEffect* effect) {
     view_->Invalidate();
     UpdateTitle();
     RefreshHostMenu(menu_);
+}
+
+void HostApp::Complain(bool ok, const std::string& error) {
+    if (!ok)
+        MessageBoxA(main_, error.c_str(), HOST_TITLE, MB_OK | MB_ICONWARNING);
 }
 
 void HostApp::UpdateTitle() {

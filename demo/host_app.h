@@ -33,11 +33,12 @@ public:
     /// A new scene with the first view effect of the class directory. FALSE when there is
     /// none.
     bool NewScene();
-    /// Saves the scene into `path`; FALSE (and a message on stderr) on failure.
-    bool SaveScene(const char* path);
-    /// Replaces the scene with the one in `path`; FALSE (and the scene unchanged) when the
-    /// file cannot be read or holds no view effect.
-    bool OpenScene(const char* path);
+    /// Saves the scene into `path`; FALSE on failure, with the reason in `error` (when
+    /// given).
+    bool SaveScene(const char* path, std::string* error = nullptr);
+    /// Replaces the scene with the one in `path`; FALSE (the scene unchanged, the reason
+    /// in `error`) when the file cannot be read or holds no view effect.
+    bool OpenScene(const char* path, std::string* error = nullptr);
     void SetAnimate(bool on);
     /// @}
 
@@ -56,6 +57,8 @@ private:
     /// Ends the effect's editing, makes `effect` the scene's effect, starts its editing.
     void SwapEffect(ViewEffect* effect);
     void UpdateTitle();
+    /// Tells the user `error` in a message box unless `ok`.
+    void Complain(bool ok, const std::string& error);
     /// The file dialogs of Open and Save As; empty when cancelled.
     std::string AskPath(bool save);
 

@@ -45,6 +45,7 @@ public:
         UndoAndRedo();
         AnimateEmbedded();
         Marker();
+        ResetAndUndo();
         SaveAndReopen();
         Close();
         return Finish();
@@ -64,6 +65,7 @@ private:
         report_.Check(control_->IsEditorOpen() &&
                           IsChild(app_.CommandPanel(), control_->GetEditorWindow()),
                       "the editor is embedded in the command panel");
+        initial_ = Snapshot(control_, 0);
         CheckPicture("the picture is the source through the default curves", 0, false);
         return true;
     }
@@ -186,13 +188,35 @@ private:
                       "the marker stands at the grey value under the mouse (%.3f)", double(grey));
     }
 
+    void ResetAndUndo() {
+        report_.Step("\"Reset Curves\" in the client panel, then Undo.");
+        const TimeValue now = GetCOREInterface()->GetTime();
+        const CurveState edited = Snapshot(control_, now);
+        ClickButton("Reset Curves");
+        report_.Check(SamePoints(Snapshot(control_, now), initial_),
+                      "the client's ResetCurve put its default curves back");
+        CheckPicture("the picture is the source again", now, false);
+        const std::string text = MenuText(kCmdUndo);
+        report_.Check(text.rfind("&Undo Reset Curve", 0) == 0, "the menu offers \"%s\"",
+                      Printable(text).c_str());
+        ChooseMenu(kCmdUndo);
+        report_.Check(SamePoints(Snapshot(control_, now), edited),
+                      "Undo brought the edited curves back");
+        report_.Check(control_->GetCurve(kGreen)->IsPointAnimated(kFreePoint) != FALSE,
+                      "and the green point's keys");
+        CheckPicture("the picture follows the edited curves again", now, true);
+    }
+
     void SaveAndReopen() {
         report_.Step("File: Save, then Open the saved scene.");
         const std::string path = folder_ + "\\colour-curves.scene";
         const std::vector<int> frames = {0, 10, 25, 50, 75, 100};
         const std::vector<float> values = ValueTable(control_, frames);
-        report_.Check(app_.SaveScene(path.c_str()), "saved %s", path.c_str());
-        report_.Check(app_.OpenScene(path.c_str()), "opened it again");
+        std::string error;
+        if (!report_.Check(app_.SaveScene(path.c_str(), &error), "saved %s", path.c_str()))
+            report_.Note("%s", Printable(error).c_str());
+        if (!report_.Check(app_.OpenScene(path.c_str(), &error), "opened it again"))
+            report_.Note("%s", Printable(error).c_str());
         control_ = FindCurveControl(app_.Scene().Effect());
         if (!report_.Check(control_ != nullptr, "the reopened effect holds a curve control"))
             return;
@@ -343,6 +367,7 @@ private:
     std::string folder_;
     Report report_;
     ICurveCtl* control_ = nullptr; // the scene effect's control (not owned)
+    CurveState initial_;           // the client's default curves
     CurveState before_, after_;    // the curves around the red drag
 };
 
