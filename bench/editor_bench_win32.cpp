@@ -11,6 +11,10 @@
 //                           points and handles on every curve, without stopping; target 1 ms
 //   hittest_region_16x1000  a region over the middle third of the graph tested for points;
 //                           target 1 ms
+//   drag_step_16x1000       one step of a move drag with every point of every curve
+//                           selected (a mouse move through the graph's window procedure):
+//                           the hold rolls back to the press, the points move again, the
+//                           graph repaints; target 16 ms
 //
 // Times are the measuring thread's CPU time per operation, the fastest of several rounds
 // of many operations (other programs sharing the machine do not count; the copy to the
@@ -18,6 +22,7 @@
 // display. CURVECTL_BENCH_SCALE scales the repetitions (default 1).
 #include "control/curve_control.h"
 #include "editor/curve_ctl_window.h"
+#include "editor/graph_paint.h"
 #include "editor/hit_record.h"
 #include "host/core_interface.h"
 #include "plugin/platform.h"
@@ -193,6 +198,36 @@ int main() {
     for (const CurveHitList& h : hits)
         found += size_t(h.hits.Count());
     std::fprintf(stderr, "region: %zu points on %zu curves\n", found, hits.size());
+
+    // A move drag of every point: all selected, the press on a point in the middle of
+    // curve 0, then moves that alternate between two rows 4 and 6 pixels above it (the
+    // first move, 6 pixels, starts the drag). The points become corner points: at this
+    // zoom a Bezier point's handles lie within a pixel of it, and a press there would grip
+    // the handles instead.
+    for (int i = 0; i < kCurves; ++i) {
+        Curve& c = *control->GetCurveObject(i);
+        for (int k = 0; k < c.PointCount(); ++k) {
+            uint32_t& flags = c.Knots()[k].flags;
+            flags = (flags & ~uint32_t(KNOT_BEZIER)) | KNOT_CORNER | KNOT_SELECTED;
+        }
+    }
+    control->SetToolMode(CC_TOOL_MOVE_XY);
+    const Point2 gripped = control->GetCurveObject(0)->CachedPosition(0, kPoints / 2);
+    const IPoint2 grip = GraphCurveScreen(*editor).Pixel(gripped.x, gripped.y);
+    const auto at = [](int x, int y) { return LPARAM(MAKELONG(WORD(short(x)), WORD(short(y)))); };
+    SendMessageA(graph, WM_LBUTTONDOWN, MK_LBUTTON, at(grip.x, grip.y));
+    SendMessageA(graph, WM_MOUSEMOVE, MK_LBUTTON, at(grip.x, grip.y - 6));
+    int step = 0;
+    const double drag = fastest(reps, 20, [&] {
+        const int up = (++step & 1) ? 4 : 6;
+        SendMessageA(graph, WM_MOUSEMOVE, MK_LBUTTON, at(grip.x, grip.y - up));
+    });
+    SendMessageA(graph, WM_LBUTTONUP, 0, at(grip.x, grip.y - 6));
+    pump();
+    report("drag_step_16x1000", drag, 16e6);
+    const Point2 moved = control->GetCurveObject(0)->CachedPosition(0, kPoints / 2);
+    std::fprintf(stderr, "drag: point %d of curve 0 from (%g, %g) to (%g, %g)\n", kPoints / 2,
+                 gripped.x, gripped.y, moved.x, moved.y);
 
     control->SetEditorOpen(FALSE);
     control->DeleteThis();
