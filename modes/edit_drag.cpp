@@ -110,4 +110,15 @@ void EndDrag(CurveCtlWindow& w, bool accept, int name) {
     UpdateWindow(w.Handle());
 }
 
+void AbandonDrag(CurveControl& control) {
+    {
+        QuietRedraw quiet(&control);
+        theHold.Cancel();
+        theHold.SuperCancel();
+    }
+    for (int i = 0; i < control.GetCurveCount(); ++i)
+        if (Curve* c = control.GetCurveObject(i))
+            c->InvalidateCache();
+}
+
 } // namespace edit_drag

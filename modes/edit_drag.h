@@ -69,4 +69,8 @@ void RepaintStep(CurveCtlWindow& w);
 /// strip and the editor window are repainted.
 void EndDrag(CurveCtlWindow& w, bool accept, int name);
 
+/// Rolls back a drag whose editor is going away: the holds are cancelled and the caches
+/// of the control's curves dropped; nothing of the window is touched.
+void AbandonDrag(CurveControl& control);
+
 } // namespace edit_drag

@@ -19,6 +19,7 @@
 #include "host/geom.h"
 #include "host/mouse_manager.h"
 
+class CurveControl;
 class CurveCtlWindow;
 
 /// Selection and the press/drag/release bookkeeping shared by the editing modes
@@ -101,12 +102,15 @@ struct DragLimits {
 /// (move_mode.cpp).
 class DeformMoveMouseProc : public MouseCallBack {
 public:
+    /// A drag still open (the editor closed under it) is rolled back.
+    ~DeformMoveMouseProc() override;
     int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
 
     CurveCtlWindow* window = nullptr; // not owned
     IPoint2 press;                    // press point
     int breakTangent = 0;             // latched for the rest of a handle drag
     DragLimits limits;                // of the drag in progress
+    CurveControl* openDrag = nullptr; // control of the drag in progress, or null
 
 private:
     int pressed(IPoint2 m);
@@ -120,12 +124,15 @@ private:
 /// (scale_mode.cpp).
 class DeformScaleMouseProc : public MouseCallBack {
 public:
+    /// A drag still open (the editor closed under it) is rolled back.
+    ~DeformScaleMouseProc() override;
     int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
 
     CurveCtlWindow* window = nullptr; // not owned
     IPoint2 press;                    // press point
-    float pressHeight = 0;            // curve height under the press (d0); 0 when refused
+    float pressHeight = 0;            // curve height under the press (d0)
     DragLimits limits;                // of the drag in progress (y only)
+    CurveControl* openDrag = nullptr; // control of the drag in progress, or null
 
 private:
     /// The curve height under row `y`: (H - S - y) / yScale.

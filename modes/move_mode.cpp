@@ -65,6 +65,12 @@ void moveSelected(Curve& c, TimeValue t, float dx, float dy) {
 
 } // namespace
 
+// The window is being torn down: only the holds are closed.
+DeformMoveMouseProc::~DeformMoveMouseProc() {
+    if (openDrag)
+        AbandonDrag(*openDrag);
+}
+
 int DeformMoveMouseProc::proc(HWND, int msg, int point, int flags, IPoint2 m) {
     if (!window || !window->Control())
         return 1;
@@ -72,15 +78,15 @@ int DeformMoveMouseProc::proc(HWND, int msg, int point, int flags, IPoint2 m) {
     case MOUSE_POINT:
         if (point == 0)
             return pressed(m);
-        if (window->Graph().Moving())
+        if (openDrag)
             finish(true);
         break;
     case MOUSE_MOVE:
-        if (window->Graph().Moving())
+        if (openDrag)
             drag(flags, m);
         break;
     case MOUSE_ABORT:
-        if (window->Graph().Moving())
+        if (openDrag)
             finish(false);
         break;
     default:
@@ -94,7 +100,10 @@ int DeformMoveMouseProc::pressed(IPoint2 m) {
     limits.computed = 0;
     breakTangent = 0;
     w.Graph().SetMoving(true);
+    if (openDrag) // a press without the release of the one before: that drag is kept
+        finish(true);
     BeginDrag(w, w.Graph().HandleHits().empty(), kMovePointsName);
+    openDrag = window->Control();
     press = m;
     return 1;
 }
@@ -182,6 +191,7 @@ void DeformMoveMouseProc::dragHandles(int flags, float dx, float dy) {
 
 void DeformMoveMouseProc::finish(bool accept) {
     CurveCtlWindow& w = *window;
+    openDrag = nullptr;
     w.Graph().SetMoving(false);
     EndDrag(w, accept, w.Graph().HandleHits().empty() ? kMovePointsName : kAdjustTangentsName);
 }

@@ -34,23 +34,28 @@ float DeformScaleMouseProc::heightAt(int y) {
     return float(h - s - y) / CurveYScale(w.Scale().ys);
 }
 
-int DeformScaleMouseProc::proc(HWND, int msg, int point, int flags, IPoint2 m) {
-    (void)flags;
+// The window is being torn down: only the holds are closed.
+DeformScaleMouseProc::~DeformScaleMouseProc() {
+    if (openDrag)
+        AbandonDrag(*openDrag);
+}
+
+int DeformScaleMouseProc::proc(HWND, int msg, int point, int, IPoint2 m) {
     if (!window || !window->Control())
         return 1;
     switch (msg) {
     case MOUSE_POINT:
         if (point == 0)
             return pressed(m);
-        if (pressHeight != 0.0f)
+        if (openDrag)
             finish(true);
         break;
     case MOUSE_MOVE:
-        if (pressHeight != 0.0f)
+        if (openDrag)
             drag(m);
         break;
     case MOUSE_ABORT:
-        if (pressHeight != 0.0f)
+        if (openDrag)
             finish(false);
         break;
     default:
@@ -62,15 +67,16 @@ int DeformScaleMouseProc::proc(HWND, int msg, int point, int flags, IPoint2 m) {
 // The height is taken before any hold opens: a refused press leaves no hold behind and
 // prepares no point.
 int DeformScaleMouseProc::pressed(IPoint2 m) {
+    if (openDrag) // a press without the release of the one before: that drag is kept
+        finish(true);
     const float d0 = heightAt(m.y);
-    if (d0 == 0.0f) {
-        pressHeight = 0.0f;
+    pressHeight = d0;
+    if (d0 == 0.0f)
         return 0;
-    }
     limits.computed = 0;
     BeginDrag(*window, true, kScalePointName);
+    openDrag = window->Control();
     press = m;
-    pressHeight = d0;
     return 1;
 }
 
@@ -97,6 +103,6 @@ void DeformScaleMouseProc::drag(IPoint2 m) {
 }
 
 void DeformScaleMouseProc::finish(bool accept) {
-    pressHeight = 0.0f;
+    openDrag = nullptr;
     EndDrag(*window, accept, kScalePointName);
 }

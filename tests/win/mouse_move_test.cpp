@@ -223,6 +223,26 @@ TEST_CASE_FIXTURE(edtest::EditorFixture, "escape puts everything back and leaves
     CHECK_FALSE(s.ed.editor().Graph().Moving());
 }
 
+TEST_CASE_FIXTURE(edtest::EditorFixture,
+                  "closing the editor during a drag rolls the drag back and closes its hold") {
+    Scene s;
+    s.select(0, {2});
+    Press(s.graph(), s.at(0, 2));
+    MoveTo(s.graph(), s.at(0, 2) + IPoint2(20, -20));
+    REQUIRE(s.pos(0, 2) == P(60, 80));
+    // As a client might from a message handler.
+    s.ed.control().SetEditorOpen(FALSE);
+    CHECK_FALSE(theHold.Holding());
+    CHECK(s.pos(0, 2) == P(50, 60));
+    CHECK(UndoNames().empty());
+    CHECK_FALSE(s.curve(0).DragMark());
+    // The next change is a step of its own again.
+    theHold.Begin();
+    s.curve(0).SetKnotPosition(0, 1, P(25, 35));
+    theHold.Accept("after");
+    CHECK(UndoNames() == Names{"after"});
+}
+
 TEST_CASE_FIXTURE(edtest::EditorFixture, "a selection click and a drag are two undo steps") {
     Scene s;
     // The press selects the unselected point (a "Select" step) and the drag moves it.

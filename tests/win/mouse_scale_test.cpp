@@ -214,6 +214,20 @@ TEST_CASE_FIXTURE(edtest::EditorFixture, "escape during a scale puts the points 
     CHECK_FALSE(s.curve(0).DragMark());
 }
 
+TEST_CASE_FIXTURE(edtest::EditorFixture, "closing the editor during a scale rolls it back") {
+    Scene s;
+    s.select(0, {1, 2});
+    const std::vector<Point2> before = Positions(s.curve(0));
+    const IPoint2 p = s.at(0, 2);
+    Press(s.graph(), p);
+    MoveTo(s.graph(), p + IPoint2(0, -30));
+    REQUIRE(s.y(0, 2) != 60.0f);
+    s.ed.control().SetEditorOpen(FALSE);
+    CHECK_FALSE(theHold.Holding());
+    CHECK(Positions(s.curve(0)) == before);
+    CHECK(UndoNames().empty());
+}
+
 TEST_CASE_FIXTURE(edtest::EditorFixture, "each scale step tells the client of every point") {
     Scene s;
     ClientLog log;
