@@ -97,11 +97,11 @@ int DeformMoveMouseProc::proc(HWND, int msg, int point, int flags, IPoint2 m) {
 
 int DeformMoveMouseProc::pressed(IPoint2 m) {
     CurveCtlWindow& w = *window;
+    if (openDrag) // a press without the release of the one before: that drag is kept
+        finish(true);
     limits.computed = 0;
     breakTangent = 0;
     w.Graph().SetMoving(true);
-    if (openDrag) // a press without the release of the one before: that drag is kept
-        finish(true);
     BeginDrag(w, w.Graph().HandleHits().empty(), kMovePointsName);
     openDrag = window->Control();
     press = m;
