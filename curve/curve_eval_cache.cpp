@@ -14,6 +14,12 @@
 // from, never a new one that happens to sit at a freed state's address. A reader that
 // still sees the old serial just after a publication reads the old state, which its
 // hazard keeps alive, as if it had run a moment earlier.
+//
+// The one fence left to readers (protect's sequentially consistent store) is paid once
+// per thread per new state, not per value. An asymmetric barrier (a plain store in the
+// reader, a process-wide barrier such as membarrier in the writer) would move that cost
+// to every publication, a system call on the UI thread at every edit and drag step, for
+// no gain on the common path; it is not used.
 #include "curve/curve_eval_cache.h"
 
 #include <algorithm>
