@@ -209,7 +209,7 @@ private:
 
     void SaveAndReopen() {
         report_.Step("File: Save, then Open the saved scene.");
-        const std::string path = folder_ + "\\colour-curves.scene";
+        const std::string path = folder_ + "/colour-curves.scene";
         const std::vector<int> frames = {0, 10, 25, 50, 75, 100};
         const std::vector<float> values = ValueTable(control_, frames);
         std::string error;
@@ -295,7 +295,7 @@ private:
     RgbImage Picture() { return CaptureClient(app_.View().Window(), app_.View().PictureRect()); }
 
     void Screenshot(const char* name, const RgbImage& image) {
-        const std::string path = folder_ + "\\" + name;
+        const std::string path = folder_ + "/" + name;
         report_.Check(WritePngFile(path, image), "screenshot %s (%d x %d)", path.c_str(),
                       image.width, image.height);
     }
@@ -303,7 +303,7 @@ private:
     /// A real click on the sample client's button with this text.
     void ClickButton(const char* text) {
         HWND button = FindChild(app_.CommandPanel(), "Button", text);
-        if (!report_.Check(button != nullptr, "the client panel has a \"%s\" button", text))
+        if (!report_.Check(button != nullptr, "clicked the client panel's \"%s\" button", text))
             return;
         Click(button, Centre(button));
         Pump(60);

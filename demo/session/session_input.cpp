@@ -36,13 +36,13 @@ void MoveScreen(POINT screen) {
 
 } // namespace
 
-void Pump(int quietMs) {
-    DWORD quietSince = GetTickCount();
+void Pump(int ms) {
+    // A fixed time rather than "until quiet": tooltips and other timers of the windows
+    // under the cursor never let the queue fall quiet for long.
+    const DWORD start = GetTickCount();
     for (;;) {
         MSG msg;
-        bool any = false;
         while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
-            any = true;
             if (msg.message == WM_QUIT) {
                 PostQuitMessage(int(msg.wParam)); // leave it for whoever runs the loop
                 return;
@@ -50,11 +50,10 @@ void Pump(int quietMs) {
             TranslateMessage(&msg);
             DispatchMessageA(&msg);
         }
-        if (any)
-            quietSince = GetTickCount();
-        if (GetTickCount() - quietSince >= DWORD(quietMs))
+        const DWORD elapsed = GetTickCount() - start;
+        if (elapsed >= DWORD(ms))
             return;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, DWORD(ms) - elapsed, QS_ALLINPUT);
     }
 }
 

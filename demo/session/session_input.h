@@ -7,8 +7,9 @@
 
 namespace session {
 
-/// Runs the thread's messages (paints included) until none has arrived for `quietMs`.
-void Pump(int quietMs = 40);
+/// Runs the thread's messages (paints included) for `ms` milliseconds, and at least until
+/// the queue is empty once.
+void Pump(int ms = 40);
 
 /// The cursor moves to `client` (client coordinates of `hwnd`), buttons as they are.
 void MoveTo(HWND hwnd, POINT client);
