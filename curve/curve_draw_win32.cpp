@@ -139,14 +139,18 @@ void Curve::DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index
     // Markers. A displayed curve fills them black with the null pen (Rectangle then
     // leaves out the right and bottom edge: 6 x 6 pixels); a curve not displayed outlines
     // them in its disabled pen over a fill of the same colour, and shows no selection.
-    HBRUSH markerBrush = HBRUSH(GetStockObject(BLACK_BRUSH));
+    // The black and white fills come from the DC brush set to pure black and white: the
+    // pixels of the stock black and white brushes, without two brush selections per
+    // selected point.
+    HBRUSH markerBrush = HBRUSH(GetStockObject(DC_BRUSH));
     if (displayed) {
         SelectObject(hdc, GetStockObject(NULL_PEN));
     } else {
-        markerBrush = HBRUSH(GetStockObject(DC_BRUSH));
         SetDCBrushColor(hdc, disabledPenColour_);
     }
     SelectObject(hdc, markerBrush);
+    if (displayed)
+        SetDCBrushColor(hdc, RGB(0, 0, 0));
     for (int i = span.first; i <= last; ++i) {
         const CachedKnot& k = s->knots[i];
         const IPoint2 p = curve_pixels::Position(screen, k);
@@ -160,8 +164,8 @@ void Curve::DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index
             if (cyclic || i < n - 1)
                 drawHandle(hdc, curve_pixels::OutHandle(screen, k), p);
         }
-        SelectObject(hdc, GetStockObject(WHITE_BRUSH));
+        SetDCBrushColor(hdc, RGB(255, 255, 255));
         drawSquare(hdc, p, kCentreLo, kCentreHi);
-        SelectObject(hdc, markerBrush);
+        SetDCBrushColor(hdc, RGB(0, 0, 0));
     }
 }
