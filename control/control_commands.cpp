@@ -34,7 +34,7 @@ void repaint(CurveControl& control, bool rescale) {
         return;
     IEditorView* editor = control.Editor();
     if (rescale && editor->AspectRescale(0))
-        editor->InvalidateRuler();
+        editor->RedrawRuler();
     editor->RedrawGraph();
 }
 

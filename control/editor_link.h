@@ -44,6 +44,8 @@ public:
     virtual bool AspectRescale(int direction) = 0;
     /// Invalidates the ruler strip.
     virtual void InvalidateRuler() = 0;
+    /// Invalidates the ruler strip and repaints it now, before anything else is drawn.
+    virtual void RedrawRuler() = 0;
 };
 
 /// Opens (show TRUE) or closes the editor of `control`; TRUE when it is open afterwards.

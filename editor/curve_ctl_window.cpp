@@ -244,3 +244,9 @@ void CurveCtlWindow::InvalidateRuler() {
     if (strip_)
         InvalidateRect(strip_->Handle(), nullptr, FALSE);
 }
+
+void CurveCtlWindow::RedrawRuler() {
+    InvalidateRuler();
+    if (strip_)
+        UpdateWindow(strip_->Handle());
+}

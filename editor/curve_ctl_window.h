@@ -132,6 +132,7 @@ public:
     void SendCommand(int id) override;
     bool AspectRescale(int direction) override;
     void InvalidateRuler() override;
+    void RedrawRuler() override;
     /// @}
 
     /// @name Edit and view modes (editor_commands.cpp)

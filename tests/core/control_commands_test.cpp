@@ -192,7 +192,7 @@ TEST_CASE("refit turns the displayed curves as one step between the aspect-lock 
     CHECK(theHold.UndoName(0) == "IDS_TH_ROTATE");
     // The command's own repaint: rescale when locked, then the ruler and the graph.
     CHECK(editor.calls ==
-          std::vector<std::string>{"AspectRescale(0)", "InvalidateRuler", "RedrawGraph"});
+          std::vector<std::string>{"AspectRescale(0)", "RedrawRuler", "RedrawGraph"});
 
     editor.calls.clear();
     REQUIRE(theHold.Undo());

@@ -44,6 +44,7 @@ public:
     void SendCommand(int) override {}
     bool AspectRescale(int) override { return false; }
     void InvalidateRuler() override {}
+    void RedrawRuler() override {}
 
     float h = 2.5f, v = 0.75f; // the view the user left
     int hs = -40, vs = 17;

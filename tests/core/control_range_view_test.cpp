@@ -76,6 +76,7 @@ public:
     void SendCommand(int id) override { commands.push_back(id); }
     bool AspectRescale(int) override { return false; }
     void InvalidateRuler() override {}
+    void RedrawRuler() override {}
 
     int redraws = 0;
     int invalidations = 0;

@@ -492,6 +492,7 @@ public:
     void SendCommand(int) override {}
     bool AspectRescale(int) override { return false; }
     void InvalidateRuler() override {}
+    void RedrawRuler() override {}
 
     int redraws = 0;
 };

@@ -107,6 +107,7 @@ public:
         return aspectLocked;
     }
     void InvalidateRuler() override { calls.push_back("InvalidateRuler"); }
+    void RedrawRuler() override { calls.push_back("RedrawRuler"); }
 
     int Count(const std::string& call) const {
         int n = 0;
