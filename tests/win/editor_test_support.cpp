@@ -3,7 +3,7 @@
 #include "host/core_interface.h"
 #include "host/hold.h"
 #include "plugin/platform.h"
-#include "tests/win/png_writer.h"
+#include "png_file.h"
 
 #include <vector>
 
@@ -112,18 +112,21 @@ bool SaveScreenshot(HWND hwnd, const std::string& path) {
     HGDIOBJ old = SelectObject(mem, bmp);
     BitBlt(mem, 0, 0, w, h, screen, r.left, r.top, SRCCOPY);
     GdiFlush();
-    std::vector<unsigned char> rgb(size_t(w) * size_t(h) * 3);
+    RgbImage image;
+    image.width = w;
+    image.height = h;
+    image.rgb.resize(size_t(w) * size_t(h) * 3);
     const auto* px = static_cast<const unsigned char*>(bits);
     for (size_t i = 0; i < size_t(w) * size_t(h); ++i) {
-        rgb[3 * i + 0] = px[4 * i + 2];
-        rgb[3 * i + 1] = px[4 * i + 1];
-        rgb[3 * i + 2] = px[4 * i + 0];
+        image.rgb[3 * i + 0] = px[4 * i + 2];
+        image.rgb[3 * i + 1] = px[4 * i + 1];
+        image.rgb[3 * i + 2] = px[4 * i + 0];
     }
     SelectObject(mem, old);
     DeleteObject(bmp);
     DeleteDC(mem);
     ReleaseDC(nullptr, screen);
-    return WritePng(path, w, h, rgb);
+    return WritePngFile(path, image);
 }
 
 } // namespace edtest

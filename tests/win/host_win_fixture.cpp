@@ -2,6 +2,7 @@
 
 #include "host/actctx.h"
 #include "host/custctrl.h"
+#include "png_file.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -150,91 +151,16 @@ Capture CaptureClient(HWND hwnd) {
     return c;
 }
 
-namespace {
-
-uint32_t Crc32(const uint8_t* data, size_t n, uint32_t crc = 0) {
-    static uint32_t table[256];
-    static bool ready = false;
-    if (!ready) {
-        for (uint32_t i = 0; i < 256; ++i) {
-            uint32_t c = i;
-            for (int k = 0; k < 8; ++k)
-                c = (c & 1) ? 0xEDB88320u ^ (c >> 1) : c >> 1;
-            table[i] = c;
-        }
-        ready = true;
-    }
-    crc = ~crc;
-    for (size_t i = 0; i < n; ++i)
-        crc = table[(crc ^ data[i]) & 0xFF] ^ (crc >> 8);
-    return ~crc;
-}
-
-void Put32(std::vector<uint8_t>& out, uint32_t v) {
-    for (int s = 24; s >= 0; s -= 8)
-        out.push_back(uint8_t(v >> s));
-}
-
-void Chunk(std::vector<uint8_t>& out, const char* type, const std::vector<uint8_t>& data) {
-    Put32(out, uint32_t(data.size()));
-    std::vector<uint8_t> body(type, type + 4);
-    body.insert(body.end(), data.begin(), data.end());
-    out.insert(out.end(), body.begin(), body.end());
-    Put32(out, Crc32(body.data(), body.size()));
-}
-
-} // namespace
-
 bool WritePng(const Capture& capture, const std::string& path) {
     if (capture.width <= 0 || capture.height <= 0)
         return false;
-    // Raw scanlines: filter byte 0, then RGB.
-    std::vector<uint8_t> raw;
-    for (int y = 0; y < capture.height; ++y) {
-        raw.push_back(0);
-        for (int x = 0; x < capture.width; ++x) {
-            COLORREF c = capture.at(x, y);
-            raw.push_back(GetRValue(c));
-            raw.push_back(GetGValue(c));
-            raw.push_back(GetBValue(c));
-        }
-    }
-    // zlib stream of stored blocks (at most 65535 bytes each) and the Adler-32 checksum.
-    std::vector<uint8_t> z = {0x78, 0x01};
-    for (size_t pos = 0; pos < raw.size() || pos == 0;) {
-        size_t n = std::min<size_t>(65535, raw.size() - pos);
-        bool last = pos + n == raw.size();
-        z.push_back(last ? 1 : 0);
-        z.push_back(uint8_t(n));
-        z.push_back(uint8_t(n >> 8));
-        z.push_back(uint8_t(~n));
-        z.push_back(uint8_t(~n >> 8));
-        z.insert(z.end(), raw.begin() + long(pos), raw.begin() + long(pos + n));
-        pos += n;
-        if (last)
-            break;
-    }
-    uint32_t a = 1, b = 0;
-    for (uint8_t v : raw) {
-        a = (a + v) % 65521;
-        b = (b + a) % 65521;
-    }
-    Put32(z, (b << 16) | a);
-
-    std::vector<uint8_t> png = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    std::vector<uint8_t> ihdr;
-    Put32(ihdr, uint32_t(capture.width));
-    Put32(ihdr, uint32_t(capture.height));
-    ihdr.insert(ihdr.end(), {8, 2, 0, 0, 0}); // 8-bit RGB, no interlace
-    Chunk(png, "IHDR", ihdr);
-    Chunk(png, "IDAT", z);
-    Chunk(png, "IEND", {});
-
-    FILE* f = fopen(path.c_str(), "wb");
-    if (!f)
-        return false;
-    bool ok = fwrite(png.data(), 1, png.size(), f) == png.size();
-    return fclose(f) == 0 && ok;
+    RgbImage image;
+    image.width = capture.width;
+    image.height = capture.height;
+    image.rgb.reserve(capture.pixels.size() * 3);
+    for (COLORREF c : capture.pixels)
+        image.rgb.insert(image.rgb.end(), {GetRValue(c), GetGValue(c), GetBValue(c)});
+    return WritePngFile(path, image);
 }
 
 // -------------------------------------------------------------------------------------

@@ -58,7 +58,7 @@ struct Capture {
 };
 Capture CaptureClient(HWND hwnd);
 
-/// Writes the capture as a 24-bit PNG (stored, uncompressed deflate blocks).
+/// Writes the capture as a 24-bit PNG.
 bool WritePng(const Capture& capture, const std::string& path);
 
 /// An image list of `colors.size()` solid 16 x 15 images, one colour each, with a
