@@ -4,23 +4,10 @@
 // graph stays where it is.
 #include "editor/curve_ctl_window.h"
 #include "editor/editor_resources.h"
+#include "editor/graph_paint.h"
 #include "host/core_interface.h"
 #include "modes/mouse_modes.h"
 #include "modes/view_mode_math.h"
-
-namespace {
-
-view::ViewMapping currentView(CurveCtlWindow& w) {
-    view::ViewMapping m;
-    m.usable = w.UsableArea();
-    m.xs = w.Scale().xs;
-    m.ys = w.Scale().ys;
-    m.x0 = w.HorizontalOffset();
-    m.y0 = w.GetVerticalOffset(true);
-    return m;
-}
-
-} // namespace
 
 int DeformZoomMouseProc::proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) {
     if (!window)
@@ -30,7 +17,7 @@ int DeformZoomMouseProc::proc(HWND hwnd, int msg, int point, int flags, IPoint2 
     switch (msg) {
     case MOUSE_POINT:
         if (point == 0) {
-            const view::ViewMapping view = currentView(w);
+            const view::ViewMapping view = CurrentView(w);
             start = m;
             startYScale = view.ys;
             startXScale = view.xs;
