@@ -221,9 +221,9 @@ IOResult CurveControl::Save(ISave* isave) {
 IOResult CurveControl::Load(ILoad* iload) {
     iload->RegisterPostLoadCallback(new CurveControlPostLoad(this));
 
-    IOResult res;
-    while ((res = iload->OpenChunk()) == IO_OK) {
-        switch (iload->CurChunkID()) {
+    return ReadChunks(iload, [&](USHORT chunk) {
+        IOResult res = IO_OK;
+        switch (chunk) {
         case kChunkLegacyInt:
             res = ReadLE32(iload, legacyInt_);
             break;
@@ -294,14 +294,8 @@ IOResult CurveControl::Load(ILoad* iload) {
         default:
             break; // not ours: skipped
         }
-        const IOResult closed = iload->CloseChunk();
-        if (res == IO_OK)
-            res = closed;
-        if (res != IO_OK)
-            return res;
-    }
-    // IO_END is the end of the chunks; anything else is a header that did not fit.
-    return res == IO_END ? IO_OK : res;
+        return res;
+    });
 }
 
 // Chunk 0x042E: both tables get n entries, every curve null (the host fills them as it

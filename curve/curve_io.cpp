@@ -137,9 +137,9 @@ IOResult Curve::Load(ILoad* iload) {
     SetLookupSize(1000);
 
     int nextPoint = 0; // the k-th 0x1030 chunk in file order fills point k
-    IOResult res;
-    while ((res = iload->OpenChunk()) == IO_OK) {
-        switch (iload->CurChunkID()) {
+    return ReadChunks(iload, [&](USHORT id) {
+        IOResult res = IO_OK;
+        switch (id) {
         case kChunkCount:
             res = loadCount(iload);
             break;
@@ -165,14 +165,8 @@ IOResult Curve::Load(ILoad* iload) {
         default:
             break; // not ours: skipped
         }
-        const IOResult closed = iload->CloseChunk();
-        if (res == IO_OK)
-            res = closed;
-        if (res != IO_OK)
-            return res;
-    }
-    // IO_END is the end of the chunks; anything else is a header that did not fit.
-    return res == IO_END ? IO_OK : res;
+        return res;
+    });
 }
 
 // Chunk 0x1000: the count, then a table of that many zeroed points (no end-point flags:
@@ -246,9 +240,9 @@ IOResult Curve::loadOldPoints(ILoad* iload) {
 // Chunk 0x1030: point k from its nested 0x1000 record; other nested chunks are skipped.
 // A point beyond the count has no slot and is ignored.
 IOResult Curve::loadPoint(ILoad* iload, int k) {
-    IOResult res;
-    while ((res = iload->OpenChunk()) == IO_OK) {
-        if (iload->CurChunkID() == kChunkPointRecord) {
+    return ReadChunks(iload, [&](USHORT id) {
+        IOResult res = IO_OK;
+        if (id == kChunkPointRecord) {
             // One read for the whole record: a record cut short leaves the point as it was.
             unsigned char b[kPointBytes];
             ULONG got = 0;
@@ -263,13 +257,8 @@ IOResult Curve::loadPoint(ILoad* iload, int k) {
                 p.flags = UnpackLE32<uint32_t>(b + 24);
             }
         }
-        const IOResult closed = iload->CloseChunk();
-        if (res == IO_OK)
-            res = closed;
-        if (res != IO_OK)
-            return res;
-    }
-    return res == IO_END ? IO_OK : res;
+        return res;
+    });
 }
 
 // Chunk 0x1040: pens and the animatable flag, each field as it is read.

@@ -125,18 +125,11 @@ IOResult ColourCurves::Save(ISave* isave) {
 }
 
 IOResult ColourCurves::Load(ILoad* iload) {
-    IOResult r;
-    while ((r = iload->OpenChunk()) == IO_OK) {
-        if (iload->CurChunkID() == kVersionChunk) {
-            int32_t version = 0;
-            r = ReadLE32(iload, version);
-            // Version 1 is all there is; a newer file still loads what this one knows.
-        }
-        iload->CloseChunk();
-        if (r != IO_OK)
-            return r;
-    }
-    return r == IO_END ? IO_OK : r;
+    return ReadChunks(iload, [&](USHORT id) {
+        int32_t version = 0;
+        // Version 1 is all there is; a newer file still loads what this one knows.
+        return id == kVersionChunk ? ReadLE32(iload, version) : IO_OK;
+    });
 }
 
 // ---------------------------------------------------------------------------------------

@@ -39,6 +39,24 @@ template <class T> inline IOResult WriteLE32(ISave* isave, T value) {
     return isave->Write(bytes, 4, nullptr);
 }
 
+/// Reads the chunks of the current level in turn: `read(id)` reads the chunk just opened
+/// and returns its result (a chunk it does not know it leaves alone: closing skips what is
+/// left of it). The first error, of a read or a close, ends the level and is returned;
+/// IO_OK when the whole level was read.
+template <class Read> IOResult ReadChunks(ILoad* iload, Read read) {
+    IOResult res;
+    while ((res = iload->OpenChunk()) == IO_OK) {
+        res = read(iload->CurChunkID());
+        const IOResult closed = iload->CloseChunk();
+        if (res == IO_OK)
+            res = closed;
+        if (res != IO_OK)
+            return res;
+    }
+    // IO_END is the end of the chunks; anything else is a header that did not fit.
+    return res == IO_END ? IO_OK : res;
+}
+
 /// Reads one 32-bit value; on failure `value` is left as it was.
 template <class T> inline IOResult ReadLE32(ILoad* iload, T& value) {
     unsigned char bytes[4];
