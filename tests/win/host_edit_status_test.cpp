@@ -221,12 +221,15 @@ TEST_CASE("entry fields and status items carry tooltips") {
             reinterpret_cast<LPARAM>(&search));
         return search.count;
     };
-    CHECK(tipsOwnedBy(GetAncestor(f.parent.hwnd(), GA_ROOT)) == 0);
+    const HWND root = GetAncestor(f.parent.hwnd(), GA_ROOT);
+    CHECK(tipsOwnedBy(root) == 0);
     f.x->SetTooltip(TRUE, "X value");
     f.status->SetTooltip(TRUE, "Prompt");
-    CHECK(tipsOwnedBy(GetAncestor(f.parent.hwnd(), GA_ROOT)) == 2);
+    // One tooltip window serves every control under the same top-level window, each
+    // control a tool of its own with its own text.
+    CHECK(tipsOwnedBy(root) == 1);
     f.x->SetTooltip(FALSE, nullptr);
+    CHECK(tipsOwnedBy(root) == 1); // still the status item's
     f.status->SetTooltip(FALSE, nullptr);
-    CHECK(tipsOwnedBy(GetAncestor(f.parent.hwnd(), GA_ROOT)) ==
-          0); // switched off: the windows are gone
+    CHECK(tipsOwnedBy(root) == 0); // the last tool gone: the window is gone
 }

@@ -267,6 +267,47 @@ TEST_CASE("tooltip text is read back from the tooltip control") {
     ReleaseICustButton(b);
 }
 
+TEST_CASE("buttons under one window share one tooltip window, each with its own text") {
+    ToolbarFixture f;
+    f.toolbar->AddTool(ToolButtonItem(CTB_CHECKBUTTON, 0, 0, 0, 0, 16, 15, 23, 22, 400));
+    f.toolbar->AddTool(ToolButtonItem(CTB_CHECKBUTTON, 1, 1, 1, 1, 16, 15, 23, 22, 401));
+    ICustButton* move = f.toolbar->GetICustButton(400);
+    ICustButton* scale = f.toolbar->GetICustButton(401);
+    const auto tipWindows = [] {
+        int n = 0;
+        EnumThreadWindows(
+            GetCurrentThreadId(),
+            [](HWND hwnd, LPARAM p) -> BOOL {
+                char cls[64] = {};
+                GetClassNameA(hwnd, cls, sizeof cls);
+                if (lstrcmpiA(cls, TOOLTIPS_CLASSA) == 0)
+                    ++*reinterpret_cast<int*>(p);
+                return TRUE;
+            },
+            reinterpret_cast<LPARAM>(&n));
+        return n;
+    };
+    const int before = tipWindows();
+    move->SetTooltip(TRUE, "Move");
+    scale->SetTooltip(TRUE, "Scale Point");
+    CHECK(tipWindows() == before + 1);
+    char text[64] = {};
+    REQUIRE(move->GetTooltip(text, sizeof text));
+    CHECK(std::string(text) == "Move");
+    REQUIRE(scale->GetTooltip(text, sizeof text));
+    CHECK(std::string(text) == "Scale Point");
+
+    move->SetTooltip(FALSE, nullptr);
+    CHECK_FALSE(move->GetTooltip(text, sizeof text));
+    REQUIRE(scale->GetTooltip(text, sizeof text));
+    CHECK(std::string(text) == "Scale Point");
+    CHECK(tipWindows() == before + 1);
+    scale->SetTooltip(FALSE, nullptr);
+    CHECK(tipWindows() == before);
+    ReleaseICustButton(move);
+    ReleaseICustButton(scale);
+}
+
 TEST_CASE("a checked button is filled with its highlight colour unless told not to be") {
     ToolbarFixture f;
     f.toolbar->AddTool(ToolButtonItem(CTB_CHECKBUTTON, 0, 0, 0, 0, 16, 15, 23, 22, 400));

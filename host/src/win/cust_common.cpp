@@ -2,6 +2,7 @@
 // access functions of host/custctrl.h.
 
 #include <cstring>
+#include <vector>
 
 #include "cust_classes.h"
 #include "cust_internal.h"
@@ -109,6 +110,48 @@ TOOLINFOA Tooltip::Info(char* text) const {
     return ti;
 }
 
+namespace {
+
+/// A tooltip window shared by the tools under one top-level window. User-interface
+/// thread only, like the controls.
+struct SharedTip {
+    HWND root; // the top-level window of its tools, which owns it
+    HWND tip;  // the tooltip window
+    int tools; // tools registered with it
+};
+
+std::vector<SharedTip>& sharedTips() {
+    static std::vector<SharedTip> tips;
+    return tips;
+}
+
+/// The live tooltip window of `root`, made when there is none. Entries whose window died
+/// with its owner are dropped on the way.
+SharedTip* tipFor(HWND root) {
+    std::vector<SharedTip>& tips = sharedTips();
+    for (size_t i = 0; i < tips.size();) {
+        if (!IsWindow(tips[i].tip)) {
+            tips.erase(tips.begin() + long(i));
+            continue;
+        }
+        if (tips[i].root == root)
+            return &tips[i];
+        ++i;
+    }
+    INITCOMMONCONTROLSEX icc = {sizeof icc, ICC_WIN95_CLASSES};
+    InitCommonControlsEx(&icc);
+    HWND tip =
+        CreateWindowExA(WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr,
+                        WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT, CW_USEDEFAULT,
+                        CW_USEDEFAULT, CW_USEDEFAULT, root, nullptr, HostInstance(), nullptr);
+    if (!tip)
+        return nullptr;
+    tips.push_back(SharedTip{root, tip, 0});
+    return &tips.back();
+}
+
+} // namespace
+
 void Tooltip::Set(HWND tool, BOOL on, const char* text) {
     if (!on || !tool) {
         Destroy();
@@ -118,15 +161,13 @@ void Tooltip::Set(HWND tool, BOOL on, const char* text) {
     CopyText(copy, sizeof copy, text);
     if (!tip_ || !IsWindow(tip_) || tool != tool_) {
         Destroy();
-        INITCOMMONCONTROLSEX icc = {sizeof icc, ICC_WIN95_CLASSES};
-        InitCommonControlsEx(&icc);
-        tip_ =
-            CreateWindowExA(WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr,
-                            WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT, CW_USEDEFAULT,
-                            CW_USEDEFAULT, CW_USEDEFAULT, tool, nullptr, HostInstance(), nullptr);
-        if (!tip_)
+        HWND root = GetAncestor(tool, GA_ROOT);
+        SharedTip* shared = tipFor(root ? root : tool);
+        if (!shared)
             return;
+        tip_ = shared->tip;
         tool_ = tool;
+        ++shared->tools;
         TOOLINFOA ti = Info(copy);
         SendMessageA(tip_, TTM_ADDTOOLA, 0, reinterpret_cast<LPARAM>(&ti));
     } else {
@@ -150,8 +191,24 @@ BOOL Tooltip::Get(char* buf, int size) const {
 }
 
 void Tooltip::Destroy() {
-    if (tip_ && IsWindow(tip_))
-        DestroyWindow(tip_);
+    if (!tip_)
+        return;
+    std::vector<SharedTip>& tips = sharedTips();
+    for (size_t i = 0; i < tips.size(); ++i) {
+        if (tips[i].tip != tip_)
+            continue;
+        const bool alive = IsWindow(tip_) != FALSE;
+        if (alive) {
+            TOOLINFOA ti = Info(nullptr);
+            SendMessageA(tip_, TTM_DELTOOLA, 0, reinterpret_cast<LPARAM>(&ti));
+        }
+        if (--tips[i].tools <= 0) {
+            if (alive)
+                DestroyWindow(tip_);
+            tips.erase(tips.begin() + long(i));
+        }
+        break;
+    }
     tip_ = nullptr;
     tool_ = nullptr;
 }

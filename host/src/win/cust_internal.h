@@ -94,8 +94,11 @@ template <class T> T* AcquireControl(HWND hwnd, ControlClass cls) {
     return obj;
 }
 
-/// A tooltip for one control window (a comctl32 tooltip that follows the mouse over the
-/// control by subclassing it).
+/// The tooltip of one control window: a tool of the comctl32 tooltip window that all
+/// controls under the same top-level window share (it follows the mouse over each control
+/// by subclassing it). One window per top-level window rather than per control: a
+/// toolbar of thirty buttons would otherwise make thirty top-level windows, and those are
+/// what costs when an editor opens. The shared window goes with its last tool.
 class Tooltip {
 public:
     Tooltip() = default;
@@ -112,7 +115,7 @@ public:
 
 private:
     TOOLINFOA Info(char* text) const;
-    HWND tip_ = nullptr;  // tooltip window, owned
+    HWND tip_ = nullptr;  // the shared tooltip window this tool is registered with
     HWND tool_ = nullptr; // the control it describes
 };
 
