@@ -39,10 +39,15 @@ void dropCaches(CurveCtlWindow& w) {
     ForEachDisplayed(w, [](Curve& c, int) { c.InvalidateCache(); });
 }
 
+// The ruler's picture depends on the view alone (scale, offset, size), which a drag step
+// changes only by auto-scrolling, and that drops the picture itself. So the strip is
+// repainted from the picture it keeps rather than drawn again: the same pixels, without
+// drawing the ruler's text at every step.
 void repaintStrip(CurveCtlWindow& w) {
-    w.InvalidateRuler();
-    if (PosWindow* strip = w.Strip())
+    if (PosWindow* strip = w.Strip()) {
+        InvalidateRect(strip->Handle(), nullptr, FALSE);
         UpdateWindow(strip->Handle());
+    }
 }
 
 } // namespace
