@@ -35,12 +35,6 @@ struct FlyOffFixture {
         button = move->GetHwnd();
         const FlyOffData entries[3] = {{0, 0, 0, 0}, {1, 1, 1, 1}, {2, 2, 2, 2}};
         move->SetFlyOff(3, entries, 200, 0, FLY_DOWN, 1);
-        // The pointer rests on the button, as a user's does while holding it: the system's
-        // own mouse-move messages (Wine sends one when the capture changes) then agree
-        // with the ones the tests send.
-        POINT c = {11, 11};
-        ClientToScreen(button, &c);
-        SetCursorPos(c.x, c.y);
     }
     ~FlyOffFixture() {
         ReleaseICustButton(move);
