@@ -14,26 +14,10 @@ using namespace mousetest;
 
 namespace {
 
-/// Two curves in the move mode. Curve 0: corner points at (0, 0), (20, 30), (50, 60),
-/// (80, -40), (100, 0); curve 1: (0, 10), (30, -30), (60, 20), (100, 10). No selection.
-struct Scene {
-    OpenEditor ed;
-    explicit Scene(DWORD flags = edtest::kEmbedded) : ed(2, flags) {
-        LoadPoints(ed.curve(0),
-                   {Knot(0, 0), Knot(20, 30), Knot(50, 60), Knot(80, -40), Knot(100, 0)});
-        LoadPoints(ed.curve(1), {Knot(0, 10), Knot(30, -30), Knot(60, 20), Knot(100, 10)});
-        ed.SetView(2.0f, 1.0f, -27, 0);
-        ed.control().SetToolMode(CC_TOOL_MOVE_XY);
-        ed.Repaint();
-    }
-    HWND graph() { return ed.graph(); }
-    Curve& curve(int c) { return ed.curve(c); }
-    IPoint2 at(int c, int i) { return PointPixel(ed, c, i); }
+/// The two curves (TwoCurves) in the move mode.
+struct Scene : TwoCurves {
+    explicit Scene(DWORD flags = edtest::kEmbedded) : TwoCurves(CC_TOOL_MOVE_XY, flags) {}
     Point2 pos(int c, int i) { return ed.curve(c).CachedPosition(0, i); }
-    void select(int c, std::initializer_list<int> points) {
-        for (int i : points)
-            ed.curve(c).Knots()[i].flags |= KNOT_SELECTED;
-    }
     /// Makes point i of curve c a selected Bezier point of the given type with the given
     /// tangents.
     void bezier(int c, int i, uint32_t type, Point2 in, Point2 out) {

@@ -9,6 +9,7 @@
 
 #include "tests/win/graph_test_support.h"
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,31 @@ private:
 
     HWND hwnd_ = nullptr;           // owned: destroyed with the log
     std::vector<Message> messages_; // in arrival order
+};
+
+/// The editing modes' test scene: an embedded editor with two curves in the tool mode
+/// `toolMode`, view xs 2, ys 1, X0 -61, Y0 0. Curve 0: corner points at (0, 0), (20, 30),
+/// (50, 60), (80, -40), (100, 0); curve 1: (0, 10), (30, -30), (60, 20), (100, 10). No
+/// selection.
+struct TwoCurves {
+    graphtest::OpenEditor ed;
+    TwoCurves(int toolMode, DWORD flags) : ed(2, flags) {
+        using graphtest::Knot;
+        graphtest::LoadPoints(
+            ed.curve(0), {Knot(0, 0), Knot(20, 30), Knot(50, 60), Knot(80, -40), Knot(100, 0)});
+        graphtest::LoadPoints(ed.curve(1),
+                              {Knot(0, 10), Knot(30, -30), Knot(60, 20), Knot(100, 10)});
+        ed.SetView(2.0f, 1.0f, -27, 0);
+        ed.control().SetToolMode(toolMode);
+        ed.Repaint();
+    }
+    HWND graph() { return ed.graph(); }
+    Curve& curve(int c) { return ed.curve(c); }
+    IPoint2 at(int c, int i) { return PointPixel(ed, c, i); }
+    void select(int c, std::initializer_list<int> points) {
+        for (int i : points)
+            ed.curve(c).Knots()[i].flags |= KNOT_SELECTED;
+    }
 };
 
 } // namespace mousetest
