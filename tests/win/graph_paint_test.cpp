@@ -1,8 +1,7 @@
 // The graph's picture, read back from its off-screen buffer after a real paint of an open
 // editor: curve markers, handles and centres where the mapping puts them, hidden curves
-// beneath shown ones, the grid, the limit lines, the marker line and the background. And
-// the curve drawing compared pixel for pixel with the plain sequence of GDI calls it
-// batches (MoveToEx and ten LineTo per segment, one Rectangle per marker).
+// beneath shown ones, the grid, the limit lines, the marker line and the background.
+// (The curve drawing against the plain GDI calls: curve_draw_pixels_test.cpp.)
 //
 // The view of most tests: xs 2, ys 1, hpos -27 (X0 = -61), vpos 0 (Y0 = 0), so curve x
 // lies at column 2x + 61 and y at row (Hm + 1) / 2 + 4 - y.
@@ -226,147 +225,6 @@ TEST_CASE_FIXTURE(edtest::EditorFixture, "the grid step field holds the major st
         CHECK(ed.editor().Cache().gridStep == 1.0f);
 }
 
-namespace {
-
-/// The curve as the plain sequence of GDI calls draws it, for a displayed curve.
-void referenceDraw(Curve& c, HDC hdc, const CurveScreen& s) {
-    const int n = c.PointCount();
-    const CurveSpan span = VisibleCurveSpan(n, c.IsCyclic(), s, Point2(0.0f, 100.0f),
-                                            [&](int i) { return c.CachedPosition(0, i).x; });
-    if (n == 0 || span.Empty())
-        return;
-    COLORREF colour;
-    int width, style;
-    c.GetPen(colour, width, style);
-    HPEN pen = CreatePen(style, width, colour);
-    HGDIOBJ oldPen = SelectObject(hdc, pen);
-    HGDIOBJ oldBrush = SelectObject(hdc, GetStockObject(WHITE_BRUSH));
-    const auto px = [&](Point2 p) { return IPoint2(s.Column(p.x), s.Row(p.y)); };
-    for (int i = span.first; i < span.last; ++i) {
-        const IPoint2 a = px(c.CachedPosition(0, i));
-        MoveToEx(hdc, a.x, a.y, nullptr);
-        for (int k = 1; k <= 10; ++k) {
-            const IPoint2 b = px(c.SegmentPoint(0, i, float(k) * 0.1f));
-            LineTo(hdc, b.x, b.y);
-        }
-    }
-    SelectObject(hdc, GetStockObject(NULL_PEN));
-    for (int i = span.first; i <= span.last; ++i) {
-        const IPoint2 p = px(c.CachedPosition(0, i));
-        SelectObject(hdc, GetStockObject(BLACK_BRUSH));
-        Rectangle(hdc, p.x - 3, p.y - 3, p.x + 4, p.y + 4);
-        const uint32_t f = c.Knots()[i].flags;
-        if (!(f & KNOT_SELECTED))
-            continue;
-        if (f & KNOT_BEZIER) {
-            for (int side = 0; side < 2; ++side) {
-                if (!c.IsCyclic() && (side == 0 ? i == 0 : i == n - 1))
-                    continue;
-                const IPoint2 h = px(side == 0 ? c.CachedInHandle(0, i) : c.CachedOutHandle(0, i));
-                Rectangle(hdc, h.x - 2, h.y - 2, h.x + 3, h.y + 3);
-                SelectObject(hdc, GetStockObject(BLACK_PEN));
-                MoveToEx(hdc, h.x, h.y, nullptr);
-                LineTo(hdc, p.x, p.y);
-                SelectObject(hdc, GetStockObject(NULL_PEN));
-            }
-        }
-        SelectObject(hdc, GetStockObject(WHITE_BRUSH));
-        Rectangle(hdc, p.x - 2, p.y - 2, p.x + 3, p.y + 3);
-    }
-    SelectObject(hdc, oldBrush);
-    SelectObject(hdc, oldPen);
-    DeleteObject(pen);
-}
-
-/// A 32-bit DIB section in a memory DC, filled with grey.
-struct Canvas {
-    static constexpr int kW = 420, kH = 260;
-    HDC dc = CreateCompatibleDC(nullptr);
-    HBITMAP bmp = nullptr;
-    const uint32_t* bits = nullptr;
-    HGDIOBJ old = nullptr;
-    Canvas() {
-        BITMAPINFO bi{};
-        bi.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
-        bi.bmiHeader.biWidth = kW;
-        bi.bmiHeader.biHeight = -kH;
-        bi.bmiHeader.biPlanes = 1;
-        bi.bmiHeader.biBitCount = 32;
-        bi.bmiHeader.biCompression = BI_RGB;
-        void* p = nullptr;
-        bmp = CreateDIBSection(dc, &bi, DIB_RGB_COLORS, &p, nullptr, 0);
-        bits = static_cast<const uint32_t*>(p);
-        old = SelectObject(dc, bmp);
-        RECT all{0, 0, kW, kH};
-        FillRect(dc, &all, HBRUSH(GetStockObject(GRAY_BRUSH)));
-    }
-    ~Canvas() {
-        SelectObject(dc, old);
-        DeleteObject(bmp);
-        DeleteDC(dc);
-    }
-    int Differences(const Canvas& o) const {
-        GdiFlush();
-        int n = 0;
-        for (int i = 0; i < kW * kH; ++i)
-            n += bits[i] != o.bits[i];
-        return n;
-    }
-};
-
-} // namespace
-
-TEST_CASE_FIXTURE(edtest::EditorFixture, "the batched drawing gives the pixels of the plain "
-                                         "call sequence") {
-    // 120 points 0.84 apart at 2.3 pixels per unit: markers overlap their neighbours, so
-    // the order of selected and unselected markers shows. Fixed seed.
-    edtest::ControlPtr control = edtest::MakeControl(1, kFlags, nullptr);
-    control->SetXRange(0.0f, 100.0f, FALSE);
-    control->SetYRange(-1000.0f, 1000.0f);
-    Curve& c = *control->GetCurveObject(0);
-    std::vector<CurveKnot> knots;
-    srand(1234);
-    const int n = 120;
-    for (int i = 0; i < n; ++i) {
-        const float x = 100.0f * float(i) / float(n - 1);
-        const float y = float(rand() % 160 - 80);
-        uint32_t f = (rand() % 2) ? KNOT_BEZIER : KNOT_CORNER;
-        if (rand() % 3 == 0)
-            f |= KNOT_SELECTED;
-        const float t = 0.3f * float(rand() % 3);
-        knots.push_back(
-            Knot(x, y, f, Point2(-t, float(rand() % 20 - 10)), Point2(t, float(rand() % 20 - 10))));
-    }
-    LoadPoints(c, knots);
-    CurveScreen s;
-    s.rect = RECT{0, 6, 400, 250};
-    s.xScale = 2.3f;
-    s.xScroll = -5;
-    s.yScale = 1.1f;
-    s.yScroll = 0;
-
-    for (const int style : {PS_SOLID, PS_DASH, PS_DOT}) {
-        for (const int width : {0, 1, 3}) {
-            if (style != PS_SOLID && width > 1)
-                continue;
-            CAPTURE(style);
-            CAPTURE(width);
-            c.SetPen(RGB(200, 30, 30), width, style);
-            Canvas batched, plain;
-            c.DrawCurve(0, batched.dc, s, 0);
-            referenceDraw(c, plain.dc, s);
-            CHECK(batched.Differences(plain) == 0);
-        }
-    }
-    // Scrolled so that only part of the curve is visible: the span, not all of it.
-    s.xScroll = 150;
-    c.SetPen(RGB(200, 30, 30), 1, PS_SOLID);
-    Canvas batched, plain;
-    c.DrawCurve(0, batched.dc, s, 0);
-    referenceDraw(c, plain.dc, s);
-    CHECK(batched.Differences(plain) == 0);
-}
-
 TEST_CASE_FIXTURE(edtest::EditorFixture, "painting frees what it creates and leaves the context "
                                          "as it found it") {
     OpenEditor ed(2, kFlags | CC_SHOW_CURRENTXVAL);
@@ -391,21 +249,21 @@ TEST_CASE_FIXTURE(edtest::EditorFixture, "painting frees what it creates and lea
     CHECK(LiveGdiTotal() == total);
 
     Canvas canvas;
-    const HGDIOBJ pen = GetCurrentObject(canvas.dc, OBJ_PEN);
-    const HGDIOBJ brush = GetCurrentObject(canvas.dc, OBJ_BRUSH);
-    const HGDIOBJ font = GetCurrentObject(canvas.dc, OBJ_FONT);
-    const int mode = GetBkMode(canvas.dc);
-    const COLORREF text = GetTextColor(canvas.dc);
+    const HGDIOBJ pen = GetCurrentObject(canvas.dc(), OBJ_PEN);
+    const HGDIOBJ brush = GetCurrentObject(canvas.dc(), OBJ_BRUSH);
+    const HGDIOBJ font = GetCurrentObject(canvas.dc(), OBJ_FONT);
+    const int mode = GetBkMode(canvas.dc());
+    const COLORREF text = GetTextColor(canvas.dc());
     RECT client{};
     GetClientRect(ed.graph(), &client);
-    DrawGraph(ed.editor(), canvas.dc, client, 0);
-    DrawRuler(ed.editor(), ed.strip(), canvas.dc);
-    CHECK(GetCurrentObject(canvas.dc, OBJ_PEN) == pen);
-    CHECK(GetCurrentObject(canvas.dc, OBJ_BRUSH) == brush);
-    CHECK(GetCurrentObject(canvas.dc, OBJ_FONT) == font);
-    CHECK(GetBkMode(canvas.dc) == mode);
-    CHECK(GetTextColor(canvas.dc) == text);
+    DrawGraph(ed.editor(), canvas.dc(), client, 0);
+    DrawRuler(ed.editor(), ed.strip(), canvas.dc());
+    CHECK(GetCurrentObject(canvas.dc(), OBJ_PEN) == pen);
+    CHECK(GetCurrentObject(canvas.dc(), OBJ_BRUSH) == brush);
+    CHECK(GetCurrentObject(canvas.dc(), OBJ_FONT) == font);
+    CHECK(GetBkMode(canvas.dc()) == mode);
+    CHECK(GetTextColor(canvas.dc()) == text);
     HRGN clip = CreateRectRgn(0, 0, 0, 0);
-    CHECK(GetClipRgn(canvas.dc, clip) == 0); // no clip region left behind
+    CHECK(GetClipRgn(canvas.dc(), clip) == 0); // no clip region left behind
     DeleteObject(clip);
 }

@@ -13,6 +13,58 @@ void LoadPoints(Curve& c, const std::vector<CurveKnot>& knots) {
     c.InvalidateCache();
 }
 
+Canvas::Canvas(Kind kind) : dc_(CreateCompatibleDC(nullptr)) {
+    if (kind == ScreenBitmap) {
+        HDC screen = GetDC(nullptr);
+        bitmap_ = CreateCompatibleBitmap(screen, kW, kH);
+        ReleaseDC(nullptr, screen);
+    } else {
+        BITMAPINFO bi{};
+        bi.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
+        bi.bmiHeader.biWidth = kW;
+        bi.bmiHeader.biHeight = kind == TopDown ? -kH : kH;
+        bi.bmiHeader.biPlanes = 1;
+        bi.bmiHeader.biBitCount = 32;
+        bi.bmiHeader.biCompression = BI_RGB;
+        void* bits = nullptr;
+        bitmap_ = CreateDIBSection(dc_, &bi, DIB_RGB_COLORS, &bits, nullptr, 0);
+    }
+    old_ = SelectObject(dc_, bitmap_);
+    RECT all{0, 0, kW, kH};
+    FillRect(dc_, &all, HBRUSH(GetStockObject(GRAY_BRUSH)));
+}
+
+Canvas::~Canvas() {
+    SelectObject(dc_, old_);
+    DeleteObject(bitmap_);
+    DeleteDC(dc_);
+}
+
+std::vector<uint32_t> Canvas::Pixels() const {
+    GdiFlush();
+    BITMAPINFO bi{};
+    bi.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
+    bi.bmiHeader.biWidth = kW;
+    bi.bmiHeader.biHeight = -kH;
+    bi.bmiHeader.biPlanes = 1;
+    bi.bmiHeader.biBitCount = 32;
+    bi.bmiHeader.biCompression = BI_RGB;
+    std::vector<uint32_t> out(size_t(kW) * kH);
+    // GetDIBits wants the bitmap out of the DC.
+    SelectObject(dc_, old_);
+    GetDIBits(dc_, bitmap_, 0, kH, out.data(), &bi, DIB_RGB_COLORS);
+    SelectObject(dc_, bitmap_);
+    return out;
+}
+
+int Canvas::Differences(const Canvas& other) const {
+    const std::vector<uint32_t> a = Pixels(), b = other.Pixels();
+    int n = 0;
+    for (size_t i = 0; i < a.size(); ++i)
+        n += a[i] != b[i];
+    return n;
+}
+
 OpenEditor::OpenEditor(int curves, DWORD flags, int width, int height) : parent_(width, height) {
     edtest::ResetHostState();
     DoubleBuffering() = 1;

@@ -52,6 +52,29 @@ private:
     edtest::ControlPtr control_;
 };
 
+/// A memory DC with a bitmap filled with grey: a 32-bit DIB section, top-down or
+/// bottom-up, or a bitmap compatible with the screen.
+class Canvas {
+public:
+    enum Kind { TopDown, BottomUp, ScreenBitmap };
+    static constexpr int kW = 420, kH = 260;
+    explicit Canvas(Kind kind = TopDown);
+    ~Canvas();
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    HDC dc() const { return dc_; }
+    /// The pixels, top row first (0x00RRGGBB).
+    std::vector<uint32_t> Pixels() const;
+    /// How many pixels differ from those of `other`.
+    int Differences(const Canvas& other) const;
+
+private:
+    HDC dc_;
+    HBITMAP bitmap_ = nullptr;
+    HGDIOBJ old_ = nullptr;
+};
+
 /// One GDI call of a recorded drawing that the tests look at.
 struct Record {
     enum Kind { MoveTo, LineTo, Text, Other } kind = Other;

@@ -1,4 +1,5 @@
-// Off-screen buffers: a memory DC with a bitmap the size of the window's client area.
+// Off-screen buffers: a memory DC with a 32-bit DIB section the size of the window's
+// client area.
 //
 // The DC and the bitmap are held in the counting wrappers of gdi_tracking.h, so leak
 // tests of windows that own buffers see them.
@@ -70,11 +71,17 @@ private:
             GetClientRect(hwnd_, &rc);
         width_ = std::max(1, int(rc.right));
         height_ = std::max(1, int(rc.bottom));
-        GdiBitmap fresh;
-        {
-            WindowDC screen(hwnd_);
-            fresh.reset(CreateCompatibleBitmap(screen.get(), width_, height_));
-        }
+        // A top-down 32-bit DIB section rather than a screen-compatible bitmap: drawing
+        // code may then write pixels straight into it (the curves' point markers do).
+        BITMAPINFO info{};
+        info.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
+        info.bmiHeader.biWidth = width_;
+        info.bmiHeader.biHeight = -height_;
+        info.bmiHeader.biPlanes = 1;
+        info.bmiHeader.biBitCount = 32;
+        info.bmiHeader.biCompression = BI_RGB;
+        void* bits = nullptr;
+        GdiBitmap fresh(CreateDIBSection(dc_.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
         if (!fresh)
             return;
         HGDIOBJ previous = SelectObject(dc_.get(), fresh.get());
