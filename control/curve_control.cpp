@@ -15,7 +15,8 @@
 CurveControl::CurveControl() : shownCurves_(32), title_("Curve Control") {}
 
 CurveControl::~CurveControl() {
-    if (hWnd_) SetEditorOpen(FALSE);
+    if (hWnd_)
+        SetEditorOpen(FALSE);
     clearButtonTexts();
     DropAllCurves();
 }
@@ -28,21 +29,25 @@ SClass_ID CurveControl::SuperClassID() { return GetCurveControlClassDesc()->Supe
 
 CStr CurveControl::SubAnimName(int i) {
     CStr name;
-    if (const char* fmt = GetResString(36)) name.printf(fmt, i + 1);
+    if (const char* fmt = GetResString(36))
+        name.printf(fmt, i + 1);
     return name;
 }
 
 RefTargetHandle CurveControl::GetReference(int i) {
-    if (i < 0 || i >= curves_.Count()) return nullptr;
+    if (i < 0 || i >= curves_.Count())
+        return nullptr;
     return curves_[i];
 }
 
 void CurveControl::SetReference(int i, RefTargetHandle target) {
-    if (i < 0 || i >= curves_.Count()) return;
+    if (i < 0 || i >= curves_.Count())
+        return;
     // Only a Curve can be one: a damaged scene file may name any object as reference i.
     Curve* c = dynamic_cast<Curve*>(target);
     curves_[i] = c;
-    if (c) c->SetOwner(this);
+    if (c)
+        c->SetOwner(this);
 }
 
 RefResult CurveControl::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage,
@@ -77,7 +82,8 @@ void CurveControl::DetachEditor() {
 }
 
 bool CurveControl::SavedPlacement(WINDOWPLACEMENT& wp) const {
-    if (!placementSaved_) return false;
+    if (!placementSaved_)
+        return false;
     wp = placement_;
     return true;
 }
@@ -89,20 +95,24 @@ void CurveControl::StorePlacement(const WINDOWPLACEMENT& wp) {
 }
 
 void CurveControl::Redraw() {
-    if (editorWindow_ && drawEnabled_) editorWindow_->RedrawGraph();
+    if (editorWindow_ && drawEnabled_)
+        editorWindow_->RedrawGraph();
 }
 
 void CurveControl::InvalidateGraph() {
-    if (editorWindow_) editorWindow_->InvalidateGraph();
+    if (editorWindow_)
+        editorWindow_->InvalidateGraph();
 }
 
 void CurveControl::SetControlFlags(DWORD flags) {
     flags_ = flags;
-    if (IsEditorOpen()) Redraw();
+    if (IsEditorOpen())
+        Redraw();
 }
 
 void CurveControl::SetMarkerX(float x) {
-    if (x == currentX_) return;
+    if (x == currentX_)
+        return;
     currentX_ = x;
     Redraw();
 }
@@ -115,9 +125,12 @@ BOOL CurveControl::GetZoomState(float* h, float* v) {
         editorWindow_->CaptureView(hZoom_, vZoom_, hScroll_, vScroll_);
         zoomSet_ = scrollSet_ = 1;
     }
-    if (!zoomSet_) return FALSE;
-    if (h) *h = hZoom_;
-    if (v) *v = vZoom_;
+    if (!zoomSet_)
+        return FALSE;
+    if (h)
+        *h = hZoom_;
+    if (v)
+        *v = vZoom_;
     return TRUE;
 }
 
@@ -125,7 +138,8 @@ void CurveControl::SetZoomState(float h, float v) {
     hZoom_ = h;
     vZoom_ = v;
     zoomSet_ = 1;
-    if (!IsEditorOpen()) return;
+    if (!IsEditorOpen())
+        return;
     editorWindow_->SetZoom(std::clamp(h, 0.00002f, 1000000.0f),
                            std::clamp(v, 0.0000001f, 100000000.0f));
     Redraw();
@@ -136,9 +150,12 @@ BOOL CurveControl::GetScrollState(int* h, int* v) {
         editorWindow_->CaptureView(hZoom_, vZoom_, hScroll_, vScroll_);
         zoomSet_ = scrollSet_ = 1;
     }
-    if (!scrollSet_) return FALSE;
-    if (h) *h = hScroll_;
-    if (v) *v = vScroll_;
+    if (!scrollSet_)
+        return FALSE;
+    if (h)
+        *h = hScroll_;
+    if (v)
+        *v = vScroll_;
     return TRUE;
 }
 
@@ -146,13 +163,15 @@ void CurveControl::SetScrollState(int h, int v) {
     hScroll_ = h;
     vScroll_ = v;
     scrollSet_ = 1;
-    if (!IsEditorOpen()) return;
+    if (!IsEditorOpen())
+        return;
     editorWindow_->SetScroll(h, v);
     Redraw();
 }
 
 void CurveControl::ZoomExtents() {
-    if (IsEditorOpen()) editorWindow_->SendCommand(1035);
+    if (IsEditorOpen())
+        editorWindow_->SendCommand(1035);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -160,7 +179,8 @@ void CurveControl::ZoomExtents() {
 
 void CurveControl::SetToolMode(int mode) {
     toolMode_ = mode;
-    if (!IsEditorOpen()) return;
+    if (!IsEditorOpen())
+        return;
     switch (mode) {
     case 0:
     case 1:
@@ -198,12 +218,14 @@ int CurveControl::GetToolMode() {
 // Curves and display
 
 ICurve* CurveControl::GetCurve(int i) {
-    if (i < 0 || i >= curves_.Count()) return nullptr;
+    if (i < 0 || i >= curves_.Count())
+        return nullptr;
     return curves_[i];
 }
 
 void CurveControl::SetShownCurves(BitArray mode) {
-    if (mode.GetSize() < curves_.Count()) mode.SetSize(curves_.Count(), 1);
+    if (mode.GetSize() < curves_.Count())
+        mode.SetSize(curves_.Count(), 1);
     shownCurves_ = mode;
     if (editorWindow_) {
         editorWindow_->SetCaption(title_.data());
@@ -216,26 +238,31 @@ void CurveControl::SetShownCurves(BitArray mode) {
 
 void CurveControl::ToggleCurveDisplay(int i) {
     BitArray bits = shownCurves_;
-    if (i >= bits.GetSize()) bits.SetSize(i + 1, 1);
+    if (i >= bits.GetSize())
+        bits.SetSize(i + 1, 1);
     bits.Set(i, !bits[i]);
     SetShownCurves(bits);
 }
 
 const char* CurveControl::CurveButtonText(int i) const {
-    if (i < 0 || i >= curveButtonTexts_.Count() || !curveButtonTexts_[i]) return "";
+    if (i < 0 || i >= curveButtonTexts_.Count() || !curveButtonTexts_[i])
+        return "";
     return curveButtonTexts_[i]->data();
 }
 
 ICurveCtlClient* CurveControl::Client() {
-    if (!clientObject_) return nullptr;
+    if (!clientObject_)
+        return nullptr;
     return static_cast<ICurveCtlClient*>(clientObject_->GetInterface(CURVE_CLIENT_INTERFACE_ID));
 }
 
 void CurveControl::RefreshCurveButtonTexts() {
     ICurveCtlClient* client = Client();
-    if (!client) return;
+    if (!client)
+        return;
     HIMAGELIST images = nullptr;
-    if (client->GetCurveButtonImages(&images, this)) buttonImages_ = images;
+    if (client->GetCurveButtonImages(&images, this))
+        buttonImages_ = images;
     for (int i = 0; i < curveButtonTexts_.Count(); ++i) {
         CStr text;
         if (client->GetCurveButtonText(i, text, this) && curveButtonTexts_[i])
@@ -244,7 +271,8 @@ void CurveControl::RefreshCurveButtonTexts() {
 }
 
 void CurveControl::SendClientMessage(UINT msg, WPARAM wParam, LPARAM lParam) {
-    if (notifyWindow_) platform::SendToWindow(notifyWindow_, msg, wParam, lParam);
+    if (notifyWindow_)
+        platform::SendToWindow(notifyWindow_, msg, wParam, lParam);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -253,7 +281,8 @@ void CurveControl::SendClientMessage(UINT msg, WPARAM wParam, LPARAM lParam) {
 Interval CurveControl::GetValidity(TimeValue t) {
     Interval valid = FOREVER;
     for (int i = 0; i < curves_.Count(); ++i)
-        if (curves_[i]) valid &= curves_[i]->CacheValidity(t);
+        if (curves_[i])
+            valid &= curves_[i]->CacheValidity(t);
     return valid;
 }
 
@@ -268,10 +297,11 @@ namespace {
 float mapX(float x, float low, float high, float oldLow, float oldHigh, float s) {
     return ((low - (oldLow - x) * s) + (high - (oldHigh - x) * s)) * 0.5f;
 }
-}  // namespace
+} // namespace
 
 void CurveControl::SetXRange(float low, float high, BOOL rescale) {
-    if (low > high) return;
+    if (low > high)
+        return;
     const float oldLow = xRange_.x, oldHigh = xRange_.y;
     const float s = (high - low) / (oldHigh - oldLow);
     xRange_ = Point2(low, high);
@@ -280,7 +310,8 @@ void CurveControl::SetXRange(float low, float high, BOOL rescale) {
     if (rescale) {
         for (int c = 0; c < curves_.Count(); ++c) {
             Curve* curve = curves_[c];
-            if (!curve || !curve->Knots()) continue;
+            if (!curve || !curve->Knots())
+                continue;
             for (int i = 0; i < curve->PointCount(); ++i) {
                 CurveKnot& k = curve->Knots()[i];
                 auto* ctrl = dynamic_cast<Control*>(curve->Controller(i));
@@ -301,20 +332,23 @@ void CurveControl::SetXRange(float low, float high, BOOL rescale) {
                     Interval iv = FOREVER;
                     Point3 v;
                     ctrl->GetValue(kt, &v, iv, CTRL_ABSOLUTE);
-                    curve->SetKnotPosition(kt, i, Point2(mapX(v.x, low, high, oldLow, oldHigh, s), v.y));
+                    curve->SetKnotPosition(kt, i,
+                                           Point2(mapX(v.x, low, high, oldLow, oldHigh, s), v.y));
                 }
                 if (ctrl->NumKeys() == 0) {
                     Interval iv = FOREVER;
                     Point3 v;
                     ctrl->GetValue(now, &v, iv, CTRL_ABSOLUTE);
-                    curve->SetKnotPosition(now, i, Point2(mapX(v.x, low, high, oldLow, oldHigh, s), v.y));
+                    curve->SetKnotPosition(now, i,
+                                           Point2(mapX(v.x, low, high, oldLow, oldHigh, s), v.y));
                 }
             }
             curve->InvalidateCache();
         }
     }
     ResumeAnimate();
-    if (IsEditorOpen()) Redraw();
+    if (IsEditorOpen())
+        Redraw();
 }
 
 // ---------------------------------------------------------------------------------------
@@ -324,7 +358,8 @@ void CurveControl::ResetSelectedCurves() {
     theHold.Begin();
     ICurveCtlClient* client = Client();
     for (int i = 0; i < GetCurveCount(); ++i)
-        if (shownCurves_[i] && client) client->ResetCurve(i, this);
+        if (shownCurves_[i] && client)
+            client->ResetCurve(i, this);
     theHold.Accept(GetResString(34));
     Redraw();
 }

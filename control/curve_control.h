@@ -71,8 +71,8 @@ public:
     CStr SubAnimName(int i) override;
     int NumRefs() override { return GetCurveCount(); }
     RefTargetHandle GetReference(int i) override;
-    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget,
-                               PartID& partID, RefMessage message, BOOL propagate) override;
+    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget, PartID& partID,
+                               RefMessage message, BOOL propagate) override;
     RefTargetHandle Clone(RemapDir& remap) override;
     IOResult Save(ISave* isave) override;
     IOResult Load(ILoad* iload) override;
@@ -133,29 +133,29 @@ private:
     /// Reads chunk 0x042E (control_io.cpp).
     IOResult loadCurveCount(ILoad* iload);
 
-    Tab<Curve*> curves_;               // entry i is reference i
-    Tab<CStr*> curveButtonTexts_;      // owned texts, one per curve
-    ReferenceTarget* clientObject_ = nullptr;  // the client's object; not a reference
-    int legacyInt_ = 1;                // saved and copied, read by nothing else
-    BitArray shownCurves_;             // bit i: curve i is displayed (and editable)
-    int zoomFlyOff_ = 0;               // last entry of the zoom fly-off button
-    HWND hWnd_ = nullptr;              // the editor's outer window while open
-    HWND parentWindow_ = nullptr;      // parent (embedded) or owner (floating)
-    HWND notifyWindow_ = nullptr;      // receives the client messages; 0 sends none
-    int instanceIndex_ = 0;            // cascade step of a new floating window
-    IEditorView* editorWindow_ = nullptr;  // owned through its window, not by the control
-    float vZoom_ = 0.0f, hZoom_ = 0.0f;    // zoom last set or captured
-    int zoomSet_ = 0;                  // 1 once a zoom is stored
-    int hScroll_ = 0, vScroll_ = 0;    // scroll last set or captured
-    int scrollSet_ = 0;                // 1 once a scroll is stored
-    WINDOWPLACEMENT placement_{};      // the floating editor's last placement
-    int placementSaved_ = 0;           // 1 once placement_ holds one
-    HIMAGELIST buttonImages_ = nullptr;  // client-supplied images of the curve buttons
-    Point2 xRange_{0.0f, 1.0f};        // x range of all curves
-    Point2 yRange_{0.0f, 1.0f};        // y range shown and enforced
-    CStr title_;                       // caption of the editor window
-    DWORD flags_ = CC_DEFAULT_FLAGS;   // the flag word
-    int toolMode_ = 0;                 // the selected mouse mode, 0..5
-    float currentX_ = 0.0f;            // marker line x (left unset by construction: 0)
-    int drawEnabled_ = 1;              // 0 suppresses Redraw
+    Tab<Curve*> curves_;                      // entry i is reference i
+    Tab<CStr*> curveButtonTexts_;             // owned texts, one per curve
+    ReferenceTarget* clientObject_ = nullptr; // the client's object; not a reference
+    int legacyInt_ = 1;                       // saved and copied, read by nothing else
+    BitArray shownCurves_;                    // bit i: curve i is displayed (and editable)
+    int zoomFlyOff_ = 0;                      // last entry of the zoom fly-off button
+    HWND hWnd_ = nullptr;                     // the editor's outer window while open
+    HWND parentWindow_ = nullptr;             // parent (embedded) or owner (floating)
+    HWND notifyWindow_ = nullptr;             // receives the client messages; 0 sends none
+    int instanceIndex_ = 0;                   // cascade step of a new floating window
+    IEditorView* editorWindow_ = nullptr;     // owned through its window, not by the control
+    float vZoom_ = 0.0f, hZoom_ = 0.0f;       // zoom last set or captured
+    int zoomSet_ = 0;                         // 1 once a zoom is stored
+    int hScroll_ = 0, vScroll_ = 0;           // scroll last set or captured
+    int scrollSet_ = 0;                       // 1 once a scroll is stored
+    WINDOWPLACEMENT placement_{};             // the floating editor's last placement
+    int placementSaved_ = 0;                  // 1 once placement_ holds one
+    HIMAGELIST buttonImages_ = nullptr;       // client-supplied images of the curve buttons
+    Point2 xRange_{0.0f, 1.0f};               // x range of all curves
+    Point2 yRange_{0.0f, 1.0f};               // y range shown and enforced
+    CStr title_;                              // caption of the editor window
+    DWORD flags_ = CC_DEFAULT_FLAGS;          // the flag word
+    int toolMode_ = 0;                        // the selected mouse mode, 0..5
+    float currentX_ = 0.0f;                   // marker line x (left unset by construction: 0)
+    int drawEnabled_ = 1;                     // 0 suppresses Redraw
 };

@@ -33,7 +33,7 @@ void Curve::freeTables() {
 }
 
 void Curve::Resize(int n) {
-    auto tableLock = LockPointTable();  // a rebuild on another thread must not see this
+    auto tableLock = LockPointTable(); // a rebuild on another thread must not see this
     // Later position changes of the same hold belong to the new table, not to a record made
     // for the old one.
     openPosRecord_ = nullptr;
@@ -41,8 +41,9 @@ void Curve::Resize(int n) {
     freeTables();
     InvalidateCache();
     fittedWidth_ = 1.0f;
-    curveFlags_ = 0;  // also resets the end behaviour and the cyclic bit, on purpose
-    if (n < 0) n = 0;
+    curveFlags_ = 0; // also resets the end behaviour and the cyclic bit, on purpose
+    if (n < 0)
+        n = 0;
     count_ = n;
     if (n > 0) {
         // A failed allocation leaves null tables with the count set; every reader of the
@@ -58,10 +59,11 @@ void Curve::Resize(int n) {
 }
 
 void Curve::Copy(const Curve& src) {
-    auto tableLock = LockPointTable();  // a rebuild on another thread must not see this
+    auto tableLock = LockPointTable(); // a rebuild on another thread must not see this
     InvalidateCache();
     Resize(src.count_);
-    if (points_ && src.points_) std::memcpy(points_, src.points_, sizeof(CurveKnot) * count_);
+    if (points_ && src.points_)
+        std::memcpy(points_, src.points_, sizeof(CurveKnot) * count_);
     RemapDir& remap = NewRemapDir();
     for (int i = 0; i < count_; ++i) {
         ReferenceTarget* ctrl = src.Controller(i);
@@ -79,12 +81,12 @@ void Curve::Copy(const Curve& src) {
     penStyle_ = src.penStyle_;
     disabledPenStyle_ = src.disabledPenStyle_;
     lookupSize_ = src.lookupSize_;
-    resetLookupMemory();  // a fresh table, not valid
+    resetLookupMemory(); // a fresh table, not valid
     fittedWidth_ = src.fittedWidth_;
     curveFlags_ = src.curveFlags_;
     owner_ = src.owner_;
     animatable_ = src.animatable_;
-    InvalidateCache();  // whatever was evaluated while the copy was half done goes
+    InvalidateCache(); // whatever was evaluated while the copy was half done goes
 }
 
 // ---------------------------------------------------------------------------------------
@@ -94,24 +96,28 @@ Class_ID Curve::ClassID() { return GetDefCurveClassDesc()->ClassID(); }
 SClass_ID Curve::SuperClassID() { return GetDefCurveClassDesc()->SuperClassID(); }
 
 void* Curve::GetInterface(ULONG id) {
-    if (id == I_CURVE_INTERFACE || id == I_CURVE_INTERFACE_ALT) return this;
+    if (id == I_CURVE_INTERFACE || id == I_CURVE_INTERFACE_ALT)
+        return this;
     return ICurve::GetInterface(id);
 }
 
 CStr Curve::SubAnimName(int i) {
     CStr name;
-    if (const char* fmt = GetResString(28)) name.printf(fmt, i + 1);
+    if (const char* fmt = GetResString(28))
+        name.printf(fmt, i + 1);
     return name;
 }
 
 BOOL Curve::IsAnimated() {
     for (int i = 0; i < count_; ++i)
-        if (Controller(i)) return TRUE;
+        if (Controller(i))
+            return TRUE;
     return FALSE;
 }
 
 ReferenceTarget* Curve::Controller(int i) const {
-    if (i < 0 || i >= count_ || !controllers_) return nullptr;
+    if (i < 0 || i >= count_ || !controllers_)
+        return nullptr;
     return controllers_[i];
 }
 
@@ -122,13 +128,15 @@ RefTargetHandle Curve::GetReference(int i) { return Controller(i); }
 // as every change of the table).
 void Curve::SetReference(int i, RefTargetHandle target) {
     auto lock = LockPointTable();
-    if (i >= 0 && i < count_ && controllers_) controllers_[i] = target;
+    if (i >= 0 && i < count_ && controllers_)
+        controllers_[i] = target;
     InvalidateCache();
 }
 
 RefResult Curve::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage message,
                                   BOOL) {
-    if (message != REFMSG_CHANGE) return REF_SUCCEED;
+    if (message != REFMSG_CHANGE)
+        return REF_SUCCEED;
     InvalidateCache();
     if (!notifySuspended_ && owner_) {
         owner_->NotifyDependents(FOREVER, 3, REFMSG_CHANGE);
@@ -148,7 +156,8 @@ RefTargetHandle Curve::Clone(RemapDir& remap) {
 // Pens
 
 void Curve::redrawOwnerIfOpen() {
-    if (owner_ && owner_->IsEditorOpen()) owner_->InvalidateGraph();
+    if (owner_ && owner_->IsEditorOpen())
+        owner_->InvalidateGraph();
 }
 
 void Curve::SetPen(COLORREF colour, int width, int style) {
@@ -182,25 +191,30 @@ void Curve::GetDisabledPen(COLORREF& colour, int& width, int& style) {
 
 void Curve::SetAnimatable(BOOL on) {
     animatable_ = on;
-    if (on) return;
-    for (int i = 0; i < count_; ++i) DeleteReference(i);
+    if (on)
+        return;
+    for (int i = 0; i < count_; ++i)
+        DeleteReference(i);
     redrawOwnerIfOpen();
 }
 
 // Negative indices are not tested: they fall through to the controller lookup, which
 // answers null (FALSE) for them.
 BOOL Curve::IsPointAnimated(int i) {
-    if (i >= count_) return FALSE;
+    if (i >= count_)
+        return FALSE;
     return Controller(i) ? TRUE : FALSE;
 }
 
 BOOL Curve::AnimateSelectedKnots(BOOL create, BitArray* created) {
-    if (count_ == 0) return FALSE;
+    if (count_ == 0)
+        return FALSE;
     if (created) {
         created->SetSize(count_);
         created->ClearAll();
     }
-    if (!animatable_ || !points_) return FALSE;
+    if (!animatable_ || !points_)
+        return FALSE;
     bool made = false;
     for (int i = 0; i < count_; ++i) {
         if (!(points_[i].flags & KNOT_SELECTED) || Controller(i) || !create || !Animating())
@@ -209,11 +223,14 @@ BOOL Curve::AnimateSelectedKnots(BOOL create, BitArray* created) {
         ReplaceReference(i, c, TRUE);
         Point3 v(points_[i].pos.x, points_[i].pos.y, 0.0f);
         c->SetValue(0, &v, 1, CTRL_ABSOLUTE);
-        if (created) created->Set(i);
+        if (created)
+            created->Set(i);
         made = true;
     }
-    if (!made) return FALSE;
-    if (owner_) owner_->NotifyDependents(FOREVER, 0, REFMSG_SUBANIM_STRUCTURE_CHANGED);
+    if (!made)
+        return FALSE;
+    if (owner_)
+        owner_->NotifyDependents(FOREVER, 0, REFMSG_SUBANIM_STRUCTURE_CHANGED);
     return TRUE;
 }
 
@@ -223,25 +240,30 @@ BOOL Curve::AnimateSelectedKnots(BOOL create, BitArray* created) {
 void Curve::SetPointCount(int n) {
     Curve temp(nullptr, 0);
     const bool suspended = theHold.Holding();
-    if (suspended) theHold.Suspend();
+    if (suspended)
+        theHold.Suspend();
     temp.Copy(*this);
     temp.Resize(n);
-    if (suspended) theHold.Resume();
-    if (theHold.Holding()) theHold.Put(new DeformCopyCurveRestore(this, &temp));
+    if (suspended)
+        theHold.Resume();
+    if (theHold.Holding())
+        theHold.Put(new DeformCopyCurveRestore(this, &temp));
     Copy(temp);
 }
 
 BitArray Curve::GetSelection() {
     BitArray sel(count_);
     for (int i = 0; points_ && i < count_; ++i)
-        if (points_[i].flags & KNOT_SELECTED) sel.Set(i);
+        if (points_[i].flags & KNOT_SELECTED)
+            sel.Set(i);
     return sel;
 }
 
 void Curve::SetSelection(BitArray sel, int mode) { SetSelectionEx(sel, mode, TRUE); }
 
 CurveKnot Curve::GetKnot(TimeValue t, int i, Interval& valid) {
-    if (i < 0 || i >= count_ || !points_) return CurveKnot();
+    if (i < 0 || i >= count_ || !points_)
+        return CurveKnot();
     CurveKnot k = points_[i];
     if (auto* ctrl = dynamic_cast<Control*>(Controller(i))) {
         Point3 v;
@@ -262,10 +284,11 @@ void Curve::SetEndBehaviour(int mode) {
 int Curve::GetEndBehaviour() { return (curveFlags_ & 0x4) ? 1 : 0; }
 
 void Curve::SetLookupSize(int n) {
-    if (n == lookupSize_) return;
+    if (n == lookupSize_)
+        return;
     auto tableLock = LockPointTable();
     lookupSize_ = n;
-    resetLookupMemory();  // a fresh table, not valid until the next build
+    resetLookupMemory(); // a fresh table, not valid until the next build
     InvalidateCache();
 }
 
@@ -283,7 +306,8 @@ void Curve::InstallTable(int count, const CurveKnot* knots, ReferenceTarget* con
         points_ = static_cast<CurveKnot*>(std::calloc(std::size_t(count_), sizeof(CurveKnot)));
         controllers_ = static_cast<ReferenceTarget**>(
             std::calloc(std::size_t(count_), sizeof(ReferenceTarget*)));
-        if (points_ && knots) std::memcpy(points_, knots, sizeof(CurveKnot) * count_);
+        if (points_ && knots)
+            std::memcpy(points_, knots, sizeof(CurveKnot) * count_);
         if (controllers_ && controllers)
             std::memcpy(static_cast<void*>(controllers_), controllers,
                         sizeof(ReferenceTarget*) * count_);
@@ -296,9 +320,11 @@ void Curve::Refresh(bool full) {
         if (!notifySuspended_ && owner_)
             owner_->NotifyDependents(FOREVER, 3, REFMSG_CHANGE, NOTIFY_ALL, TRUE);
     }
-    if (owner_) owner_->Redraw();
+    if (owner_)
+        owner_->Redraw();
 }
 
 void Curve::SendClientMessage(UINT msg, WPARAM wParam) {
-    if (owner_) owner_->SendClientMessage(msg, wParam, LPARAM(static_cast<ICurve*>(this)));
+    if (owner_)
+        owner_->SendClientMessage(msg, wParam, LPARAM(static_cast<ICurve*>(this)));
 }

@@ -65,8 +65,8 @@ public:
     BOOL IsAnimated() override;
     int NumRefs() override { return count_; }
     RefTargetHandle GetReference(int i) override;
-    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget,
-                               PartID& partID, RefMessage message, BOOL propagate) override;
+    RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle hTarget, PartID& partID,
+                               RefMessage message, BOOL propagate) override;
     int RemapRefOnLoad(int iref) override { return iref; }
     RefTargetHandle Clone(RemapDir& remap) override;
     IOResult Save(ISave* isave) override;
@@ -299,11 +299,11 @@ private:
     void redrawOwnerIfOpen();
 
     // --- Pens --------------------------------------------------------------------------
-    COLORREF penColour_ = 0x000000;          // enabled pen colour
-    COLORREF disabledPenColour_ = 0xC0C0C0;  // disabled pen colour
-    int penWidth_ = 0;                       // enabled pen width
+    COLORREF penColour_ = 0x000000;         // enabled pen colour
+    COLORREF disabledPenColour_ = 0xC0C0C0; // disabled pen colour
+    int penWidth_ = 0;                      // enabled pen width
     int disabledPenWidth_ = 0;
-    int penStyle_ = 0;                       // enabled pen style (Windows PS_...)
+    int penStyle_ = 0; // enabled pen style (Windows PS_...)
     int disabledPenStyle_ = 0;
 
     // --- Evaluation cache (curve_eval.cpp) -----------------------------------------------
@@ -324,8 +324,8 @@ private:
     /// Forgets the values the lookup table held (a new size, a copy); under the lock.
     void resetLookupMemory();
 
-    curve_eval::EvalCache evalCache_;  // published states, reader slots, the cache lock
-    int lookupSize_ = 1000;            // intervals of the lookup table
+    curve_eval::EvalCache evalCache_; // published states, reader slots, the cache lock
+    int lookupSize_ = 1000;           // intervals of the lookup table
 
     // --- Editing state --------------------------------------------------------------------
     int notifySuspended_ = 0;                    // non-zero: controller changes are quiet
@@ -334,11 +334,11 @@ private:
     int animatable_ = 1;                         // points may get controllers
 
     // --- Points ---------------------------------------------------------------------------
-    CurveControl* owner_;                   // the control holding this curve, or null
-    int tag_;                               // kept as given; not copied
-    int count_ = 0;                         // number of points
-    CurveKnot* points_ = nullptr;           // owned: count_ points in x order
-    ReferenceTarget** controllers_ = nullptr;  // owned array; entries are references
-    float fittedWidth_ = 1.0f;              // x-range width the points were last fitted to
-    DWORD curveFlags_ = 0;                  // 0x1 cyclic, 0x2 / 0x4 end behaviour 0 / 1
+    CurveControl* owner_;                     // the control holding this curve, or null
+    int tag_;                                 // kept as given; not copied
+    int count_ = 0;                           // number of points
+    CurveKnot* points_ = nullptr;             // owned: count_ points in x order
+    ReferenceTarget** controllers_ = nullptr; // owned array; entries are references
+    float fittedWidth_ = 1.0f;                // x-range width the points were last fitted to
+    DWORD curveFlags_ = 0;                    // 0x1 cyclic, 0x2 / 0x4 end behaviour 0 / 1
 };

@@ -20,7 +20,7 @@ public:
     int Size() override { return 24; }
 
 protected:
-    Curve* curve_;  // the changed curve, pinned
+    Curve* curve_; // the changed curve, pinned
 };
 
 /// A point inserted at `index`.
@@ -32,8 +32,8 @@ public:
     CStr Description() override { return CStr("Deform insert restore"); }
 
 private:
-    int index_;       // where the point was inserted
-    CurveKnot knot_;  // the inserted point
+    int index_;      // where the point was inserted
+    CurveKnot knot_; // the inserted point
 };
 
 /// A whole point table before and after a deletion.
@@ -48,15 +48,15 @@ public:
     CStr Description() override { return CStr("Deform delete restore"); }
 
     struct Table {
-        std::vector<CurveKnot> knots;                // copies of the point records
-        std::vector<ReferenceTarget*> controllers;   // pinned controller pointers
+        std::vector<CurveKnot> knots;              // copies of the point records
+        std::vector<ReferenceTarget*> controllers; // pinned controller pointers
     };
 
 private:
     void install(const Table& t);
 
-    Table before_;  // the table before the deletion
-    Table after_;   // the table after it
+    Table before_; // the table before the deletion
+    Table after_;  // the table after it
 };
 
 /// The fitted width before and after a fit.
@@ -69,8 +69,8 @@ public:
 
 private:
     [[maybe_unused]] int tag_; // passed by the fit operation
-    float before_;  // fitted width before
-    float after_;   // fitted width after
+    float before_;             // fitted width before
+    float after_;              // fitted width after
 };
 
 /// One point stored whole (position, tangents, flags).
@@ -109,7 +109,7 @@ private:
     void apply(const std::vector<Point2>& pos, const std::vector<Point2>& in,
                const std::vector<Point2>& out);
 
-    int count_;  // point count at creation
+    int count_; // point count at creation
     std::vector<Point2> beforePos_, beforeIn_, beforeOut_;
     std::vector<Point2> afterPos_, afterIn_, afterOut_;
 };
@@ -139,7 +139,7 @@ public:
     CStr Description() override { return CStr("Deform copy curve restore"); }
 
 private:
-    Curve before_;  // the state before
-    Curve after_;   // the state undo replaced, for redo
+    Curve before_;                // the state before
+    Curve after_;                 // the state undo replaced, for redo
     [[maybe_unused]] int unused_; // kept 0
 };

@@ -11,15 +11,14 @@ namespace {
 // nothrow new covers only the object's own block; the constructors allocate as well
 // (reference bookkeeping, bit arrays, strings, the evaluation cache) and report failure
 // by throwing, so the whole construction is guarded.
-template <class T, class... Args>
-void* createOrNull(Args... args) noexcept {
+template <class T, class... Args> void* createOrNull(Args... args) noexcept {
     try {
         return new T(args...);
     } catch (...) {
         return nullptr;
     }
 }
-}  // namespace
+} // namespace
 
 void* DefCurveClassDesc::Create(BOOL) { return createOrNull<Curve>(nullptr, 0); }
 void* CurveControlClassDesc::Create(BOOL) { return createOrNull<CurveControl>(); }
@@ -29,7 +28,7 @@ namespace {
 // Static objects: constructed when the module loads, destroyed when it unloads.
 DefCurveClassDesc curveDesc;
 CurveControlClassDesc curveControlDesc;
-}  // namespace
+} // namespace
 
 ClassDesc* GetCurveControlClassDesc() { return &curveControlDesc; }
 ClassDesc* GetDefCurveClassDesc() { return &curveDesc; }

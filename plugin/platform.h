@@ -31,4 +31,4 @@ using QuestionSink = bool (*)(HWND, const char*, const char*);
 void SetQuestionSink(QuestionSink sink);
 #endif
 
-}  // namespace platform
+} // namespace platform

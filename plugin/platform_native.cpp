@@ -19,7 +19,7 @@ HINSTANCE moduleInstance = nullptr;
 platform::MessageSink messageSink = nullptr;
 platform::QuestionSink questionSink = nullptr;
 
-}  // namespace
+} // namespace
 
 namespace platform {
 
@@ -28,11 +28,14 @@ void SetModuleInstance(HINSTANCE instance) { moduleInstance = instance; }
 
 // Same contract as LoadStringA: truncates to size - 1 chars and terminates.
 int LoadResourceString(int id, char* buffer, int size) {
-    if (!moduleInstance || !buffer || size <= 0) return 0;
+    if (!moduleInstance || !buffer || size <= 0)
+        return 0;
     for (const StringEntry& e : stringTable) {
-        if (e.id != id) continue;
+        if (e.id != id)
+            continue;
         int n = int(std::strlen(e.text));
-        if (n > size - 1) n = size - 1;
+        if (n > size - 1)
+            n = size - 1;
         std::memcpy(buffer, e.text, n);
         buffer[n] = '\0';
         return n;
@@ -51,4 +54,4 @@ bool AskYesNo(HWND owner, const char* caption, const char* text) {
 void SetMessageSink(MessageSink sink) { messageSink = sink; }
 void SetQuestionSink(QuestionSink sink) { questionSink = sink; }
 
-}  // namespace platform
+} // namespace platform

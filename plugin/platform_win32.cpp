@@ -1,7 +1,7 @@
 #include "plugin/platform.h"
 
 namespace {
-HINSTANCE moduleInstance = nullptr;  // set once on process attach
+HINSTANCE moduleInstance = nullptr; // set once on process attach
 }
 
 namespace platform {
@@ -10,7 +10,8 @@ HINSTANCE ModuleInstance() { return moduleInstance; }
 void SetModuleInstance(HINSTANCE instance) { moduleInstance = instance; }
 
 int LoadResourceString(int id, char* buffer, int size) {
-    if (!moduleInstance || !buffer || size <= 0) return 0;
+    if (!moduleInstance || !buffer || size <= 0)
+        return 0;
     return LoadStringA(moduleInstance, UINT(id), buffer, size);
 }
 
@@ -22,4 +23,4 @@ bool AskYesNo(HWND owner, const char* caption, const char* text) {
     return MessageBoxA(owner, text, caption, MB_YESNO) == IDYES;
 }
 
-}  // namespace platform
+} // namespace platform

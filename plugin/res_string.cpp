@@ -3,11 +3,12 @@
 #include "plugin/platform.h"
 
 namespace {
-char stringBuffer[256];  // shared by every caller; user-interface thread only
+char stringBuffer[256]; // shared by every caller; user-interface thread only
 }
 
 const char* GetResString(int id) {
-    if (!platform::ModuleInstance()) return nullptr;
+    if (!platform::ModuleInstance())
+        return nullptr;
     return platform::LoadResourceString(id, stringBuffer, int(sizeof(stringBuffer))) != 0
                ? stringBuffer
                : nullptr;

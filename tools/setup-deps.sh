@@ -9,6 +9,7 @@ packages=(
     g++
     clang
     libclang-rt-14-dev          # clang's sanitizer and libFuzzer runtimes
+    clang-format-14
     g++-mingw-w64-x86-64-posix
     mingw-w64-tools
     wine64

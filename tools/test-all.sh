@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# Builds every configuration and runs every test:
+# Checks the formatting, builds every configuration and runs every test:
+#   format: every C++ file as the root .clang-format says (tools/check-format.sh)
 #   native, asan, tsan, windows: configure, build, ctest
 #   fuzz: configure, build, then each fuzz program for CURVECTL_FUZZ_SECONDS (default 60)
 # Keeps going after a failure, exits non-zero if anything failed, and ends with the line
 #   N passed, N failed
 # where N counts doctest test cases (a test program without doctest counts as one case), plus
-# one per fuzz program and one failure per configure or build step that failed.
+# one per fuzz program, one for the format check and one failure per configure or build
+# step that failed.
 set -uo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -156,6 +158,12 @@ if ! bash tools/setup-deps.sh; then
 fi
 
 start=$SECONDS
+echo "==== format ===="
+if bash tools/check-format.sh; then
+    passed=$((passed + 1))
+else
+    fail "format"
+fi
 for preset in native asan tsan windows; do
     run_preset "$preset"
 done

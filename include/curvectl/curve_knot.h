@@ -28,10 +28,10 @@
 /// One point: position and tangent handles (relative to `pos`), 28 bytes with no padding.
 /// The same layout is used in memory, in undo records and in the older saved format.
 struct CurveKnot {
-    Point2 pos;      // position in curve space
-    Point2 inTan;    // in-tangent handle, relative to pos
-    Point2 outTan;   // out-tangent handle, relative to pos
-    uint32_t flags;  // KNOT_... bits
+    Point2 pos;     // position in curve space
+    Point2 inTan;   // in-tangent handle, relative to pos
+    Point2 outTan;  // out-tangent handle, relative to pos
+    uint32_t flags; // KNOT_... bits
 
     CurveKnot() : flags(0) {}
     CurveKnot(const Point2& p, const Point2& in, const Point2& out, uint32_t f)

@@ -18,20 +18,20 @@
 /// @name Control flags (SetControlFlags); the default is 0x3FFFF. Bits not named here are
 /// kept as stored.
 /// @{
-#define CC_DRAWBG 0x1                // 3-D frame and background grid
-#define CC_DRAWRULER 0x2             // rulers with value labels
-#define CC_SHOWTOOLBAR 0x4           // upper toolbar: modes, curve buttons, delete, reset
-#define CC_SHOWRESET 0x8             // "Reset Curves" in the upper toolbar
-#define CC_SHOWZOOMTOOLBAR 0x10      // lower toolbar: status, entry fields, view tools
-#define CC_SHOWSCROLLBARS 0x20       // scroll bars and view navigation (wheel)
-#define CC_AUTOSCROLL 0x40           // drags near the edge scroll the view
-#define CC_SHOWPOSWINDOW 0x80        // the ruler strip
-#define CC_ASPOPUP 0x100             // floating editor instead of embedded
-#define CC_CONSTRAIN_Y 0x200         // points and handles stay inside the y range
-#define CC_HIDE_DISABLED_CURVES 0x400  // curves not displayed are not drawn at all
-#define CC_SHOW_CURRENTXVAL 0x40000  // marker line at SetMarkerX
-#define CC_SINGLESELECT 0x80000      // a click stops at the first curve with a point hit
-#define CC_NOFILTERBUTTONS 0x100000  // no per-curve display buttons
+#define CC_DRAWBG 0x1                 // 3-D frame and background grid
+#define CC_DRAWRULER 0x2              // rulers with value labels
+#define CC_SHOWTOOLBAR 0x4            // upper toolbar: modes, curve buttons, delete, reset
+#define CC_SHOWRESET 0x8              // "Reset Curves" in the upper toolbar
+#define CC_SHOWZOOMTOOLBAR 0x10       // lower toolbar: status, entry fields, view tools
+#define CC_SHOWSCROLLBARS 0x20        // scroll bars and view navigation (wheel)
+#define CC_AUTOSCROLL 0x40            // drags near the edge scroll the view
+#define CC_SHOWPOSWINDOW 0x80         // the ruler strip
+#define CC_ASPOPUP 0x100              // floating editor instead of embedded
+#define CC_CONSTRAIN_Y 0x200          // points and handles stay inside the y range
+#define CC_HIDE_DISABLED_CURVES 0x400 // curves not displayed are not drawn at all
+#define CC_SHOW_CURRENTXVAL 0x40000   // marker line at SetMarkerX
+#define CC_SINGLESELECT 0x80000       // a click stops at the first curve with a point hit
+#define CC_NOFILTERBUTTONS 0x100000   // no per-curve display buttons
 #define CC_DEFAULT_FLAGS 0x3FFFF
 /// @}
 

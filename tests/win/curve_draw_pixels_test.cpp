@@ -198,7 +198,8 @@ TEST_CASE_FIXTURE(edtest::EditorFixture, "markers hanging over the edges of the 
     const uint32_t sel = KNOT_SELECTED, bez = KNOT_BEZIER;
     OneCurve one({Knot(0, 0, sel), Knot(1, 118, bez | sel, Point2(-1.0f, 0.0f), Point2(1.0f, 5.0f)),
                   Knot(30, -130, sel), Knot(60, 131, KNOT_CORNER),
-                  Knot(99, -118, bez | sel, Point2(-2.0f, 0.0f), Point2(2.0f, -9.0f)), Knot(100, 2, sel)});
+                  Knot(99, -118, bez | sel, Point2(-2.0f, 0.0f), Point2(2.0f, -9.0f)),
+                  Knot(100, 2, sel)});
     CurveScreen s;
     s.rect = RECT{0, 0, Canvas::kW, Canvas::kH - 1};
     s.xScale = 4.2f;

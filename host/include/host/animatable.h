@@ -92,7 +92,7 @@ public:
     bool TestAFlag(DWORD mask) const { return (aflag_ & mask) != 0; }
 
 private:
-    DWORD aflag_ = 0;  // animatable flag bits (A_...)
+    DWORD aflag_ = 0; // animatable flag bits (A_...)
 };
 
 class HOST_API ReferenceMaker : public Animatable {
@@ -127,7 +127,7 @@ protected:
 
 private:
     struct Links;
-    Links* links_;  // owned: the targets this maker depends on (for clean-up)
+    Links* links_; // owned: the targets this maker depends on (for clean-up)
 };
 
 class HOST_API ReferenceTarget : public ReferenceMaker {
@@ -166,10 +166,10 @@ private:
     bool hasDependent(ReferenceMaker* m) const;
 
     struct Dependents;
-    Dependents* dependents_;  // owned: makers that reference this target
-    int pins_ = 0;            // undo records that keep this target alive
-    bool deleting_ = false;   // set while the target deletes itself
-    bool orphaned_ = false;   // lost its last reference while pinned: delete when unpinned
+    Dependents* dependents_; // owned: makers that reference this target
+    int pins_ = 0;           // undo records that keep this target alive
+    bool deleting_ = false;  // set while the target deletes itself
+    bool orphaned_ = false;  // lost its last reference while pinned: delete when unpinned
 };
 
 /// Clones each target at most once per directory, so shared targets stay shared.

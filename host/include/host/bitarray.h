@@ -44,6 +44,6 @@ public:
 private:
     int words() const { return (numBits_ + 31) / 32; }
 
-    uint32_t* bits_;  // owned, host heap; bit i is bit (i % 32) of word i / 32
-    int numBits_;     // number of bits
+    uint32_t* bits_; // owned, host heap; bit i is bit (i % 32) of word i / 32
+    int numBits_;    // number of bits
 };

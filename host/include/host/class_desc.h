@@ -31,7 +31,7 @@ public:
 
 private:
     struct Entry;
-    Entry* interfaces_;  // host heap array of (name, interface), freed with the descriptor
+    Entry* interfaces_; // host heap array of (name, interface), freed with the descriptor
     int numInterfaces_;
 };
 

@@ -35,6 +35,6 @@ public:
 private:
     void assign(const char* s, int n);
 
-    char* buf_;    // owned, zero-terminated, null while empty
-    int length_;  // characters before the terminator
+    char* buf_;  // owned, zero-terminated, null while empty
+    int length_; // characters before the terminator
 };

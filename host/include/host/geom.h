@@ -87,9 +87,7 @@ public:
 /// Integer rectangle, edges inclusive: a point on any edge is contained.
 class Box2 : public RECT {
 public:
-    Box2() {
-        left = top = right = bottom = 0;
-    }
+    Box2() { left = top = right = bottom = 0; }
     Box2(const IPoint2& a, const IPoint2& b) {
         left = a.x;
         top = a.y;
@@ -105,8 +103,10 @@ public:
 
     /// Swaps edges so that left <= right and top <= bottom.
     void Rectify() {
-        if (left > right) std::swap(left, right);
-        if (top > bottom) std::swap(top, bottom);
+        if (left > right)
+            std::swap(left, right);
+        if (top > bottom)
+            std::swap(top, bottom);
     }
     bool IsEmpty() const { return left > right || top > bottom; }
     bool Contains(const IPoint2& p) const {
@@ -142,7 +142,7 @@ public:
     Matrix3 operator*(const Matrix3& b) const;
 
 private:
-    float m_[4][3];  // rows: x axis, y axis, z axis, translation
+    float m_[4][3]; // rows: x axis, y axis, z axis, translation
 };
 
 /// Transforms a point (translation included) as a row vector.

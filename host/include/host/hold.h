@@ -54,7 +54,8 @@ public:
     int Restoring() const { return restoring_; }
     void Suspend() { ++suspended_; }
     void Resume() {
-        if (suspended_ > 0) --suspended_;
+        if (suspended_ > 0)
+            --suspended_;
     }
     int IsSuspended() const { return suspended_ > 0; }
 
@@ -80,9 +81,9 @@ public:
 
 private:
     struct Impl;
-    Impl* impl_;       // owned: open records and the two stacks
-    int suspended_;    // Suspend calls not yet resumed
-    int restoring_;    // non-zero while records are being restored or redone
+    Impl* impl_;    // owned: open records and the two stacks
+    int suspended_; // Suspend calls not yet resumed
+    int restoring_; // non-zero while records are being restored or redone
 };
 
 HOST_API extern Hold theHold;

@@ -44,10 +44,12 @@ public:
 
     /// Intersection. Disjoint intervals, or either one empty, give the empty interval.
     Interval operator&(const Interval& o) const {
-        if (Empty() || o.Empty()) return Interval();
+        if (Empty() || o.Empty())
+            return Interval();
         TimeValue s = std::max(start_, o.start_);
         TimeValue e = std::min(end_, o.end_);
-        if (s > e) return Interval();
+        if (s > e)
+            return Interval();
         return Interval(s, e);
     }
     Interval& operator&=(const Interval& o) { return *this = *this & o; }
@@ -56,8 +58,8 @@ public:
     bool operator!=(const Interval& o) const { return !(*this == o); }
 
 private:
-    TimeValue start_;  // first time of the range
-    TimeValue end_;    // last time of the range (inclusive)
+    TimeValue start_; // first time of the range
+    TimeValue end_;   // last time of the range (inclusive)
 };
 
 #define FOREVER Interval(TIME_NegInfinity, TIME_PosInfinity)

@@ -38,7 +38,7 @@ typedef struct _IMAGELIST* HIMAGELIST;
 #define FALSE 0
 #endif
 
-#define RGB(r, g, b) \
+#define RGB(r, g, b)                                                                               \
     ((COLORREF)(((uint8_t)(r) | ((uint16_t)((uint8_t)(g)) << 8)) | (((DWORD)(uint8_t)(b)) << 16)))
 
 struct POINT {

@@ -10,18 +10,21 @@
 
 namespace {
 uint32_t* allocWords(int n) {
-    if (n <= 0) return nullptr;
+    if (n <= 0)
+        return nullptr;
     auto* w = static_cast<uint32_t*>(HostAlloc(sizeof(uint32_t) * n));
-    if (!w) throw std::bad_alloc();
+    if (!w)
+        throw std::bad_alloc();
     std::memset(w, 0, sizeof(uint32_t) * n);
     return w;
 }
 int popcount(uint32_t v) {
     int n = 0;
-    for (; v; v &= v - 1) ++n;
+    for (; v; v &= v - 1)
+        ++n;
     return n;
 }
-}  // namespace
+} // namespace
 
 BitArray::BitArray() : bits_(nullptr), numBits_(0) {}
 BitArray::BitArray(int n) : bits_(nullptr), numBits_(0) { SetSize(n); }
@@ -33,9 +36,11 @@ BitArray::BitArray(BitArray&& b) noexcept : bits_(b.bits_), numBits_(b.numBits_)
 BitArray::~BitArray() { HostFree(bits_); }
 
 BitArray& BitArray::operator=(const BitArray& b) {
-    if (this == &b) return *this;
+    if (this == &b)
+        return *this;
     uint32_t* w = allocWords(b.words());
-    if (w) std::memcpy(w, b.bits_, sizeof(uint32_t) * b.words());
+    if (w)
+        std::memcpy(w, b.bits_, sizeof(uint32_t) * b.words());
     HostFree(bits_);
     bits_ = w;
     numBits_ = b.numBits_;
@@ -53,12 +58,14 @@ BitArray& BitArray::operator=(BitArray&& b) noexcept {
 }
 
 void BitArray::SetSize(int n, int save) {
-    if (n < 0) n = 0;
+    if (n < 0)
+        n = 0;
     uint32_t* w = allocWords((n + 31) / 32);
     if (save && w) {
         int keep = n < numBits_ ? n : numBits_;
         for (int i = 0; i < keep; ++i)
-            if ((*this)[i]) w[i / 32] |= 1u << (i % 32);
+            if ((*this)[i])
+                w[i / 32] |= 1u << (i % 32);
     }
     HostFree(bits_);
     bits_ = w;
@@ -66,30 +73,38 @@ void BitArray::SetSize(int n, int save) {
 }
 
 void BitArray::Set(int i) {
-    if (i >= 0 && i < numBits_) bits_[i / 32] |= 1u << (i % 32);
+    if (i >= 0 && i < numBits_)
+        bits_[i / 32] |= 1u << (i % 32);
 }
 void BitArray::Clear(int i) {
-    if (i >= 0 && i < numBits_) bits_[i / 32] &= ~(1u << (i % 32));
+    if (i >= 0 && i < numBits_)
+        bits_[i / 32] &= ~(1u << (i % 32));
 }
 void BitArray::SetAll() {
-    for (int i = 0; i < numBits_; ++i) Set(i);
+    for (int i = 0; i < numBits_; ++i)
+        Set(i);
 }
 void BitArray::ClearAll() {
-    if (bits_) std::memset(bits_, 0, sizeof(uint32_t) * words());
+    if (bits_)
+        std::memset(bits_, 0, sizeof(uint32_t) * words());
 }
 int BitArray::operator[](int i) const {
-    if (i < 0 || i >= numBits_) return 0;
+    if (i < 0 || i >= numBits_)
+        return 0;
     return (bits_[i / 32] >> (i % 32)) & 1u;
 }
 int BitArray::NumberSet() const {
     int n = 0;
-    for (int w = 0; w < words(); ++w) n += popcount(bits_[w]);
+    for (int w = 0; w < words(); ++w)
+        n += popcount(bits_[w]);
     return n;
 }
 bool BitArray::operator==(const BitArray& b) const {
-    if (numBits_ != b.numBits_) return false;
+    if (numBits_ != b.numBits_)
+        return false;
     for (int i = 0; i < numBits_; ++i)
-        if ((*this)[i] != b[i]) return false;
+        if ((*this)[i] != b[i])
+            return false;
     return true;
 }
 
@@ -106,11 +121,13 @@ int BitArray::Save(ISave* isave) const {
 int BitArray::Load(ILoad* iload) {
     int32_t n = 0;
     IOResult r = ReadLE32(iload, n);
-    if (r != IO_OK) return r;
+    if (r != IO_OK)
+        return r;
     // The count comes from a file: a negative one is damage, and the words it needs must
     // be in the chunk before anything is allocated for them. A stream that cannot tell
     // its size still gets the fixed bound.
-    if (n < 0 || n > (1 << 24)) return IO_ERROR;
+    if (n < 0 || n > (1 << 24))
+        return IO_ERROR;
     const ULONG left = iload->ChunkBytesLeft();
     const ULONG need = ULONG((n + 31) / 32) * 4u;
     if (left != ILOAD_SIZE_UNKNOWN && need > left)
@@ -118,10 +135,12 @@ int BitArray::Load(ILoad* iload) {
     BitArray loaded(n);
     for (int w = 0; w < loaded.words(); ++w) {
         r = ReadLE32(iload, loaded.bits_[w]);
-        if (r != IO_OK) return r;
+        if (r != IO_OK)
+            return r;
     }
     // Bits past the count would compare unequal later; keep the tail word clean.
-    if (n % 32 && loaded.bits_) loaded.bits_[loaded.words() - 1] &= (1u << (n % 32)) - 1u;
+    if (n % 32 && loaded.bits_)
+        loaded.bits_[loaded.words() - 1] &= (1u << (n % 32)) - 1u;
     *this = std::move(loaded);
     return IO_OK;
 }

@@ -17,8 +17,8 @@
 // ClassDesc
 
 struct ClassDesc::Entry {
-    char name[64];  // interface name, truncated to fit
-    void* iface;    // not owned
+    char name[64]; // interface name, truncated to fit
+    void* iface;   // not owned
 };
 
 ClassDesc::ClassDesc() : interfaces_(nullptr), numInterfaces_(0) {}
@@ -30,16 +30,21 @@ ClassDesc::~ClassDesc() {
 }
 
 void* ClassDesc::GetInterface(const char* name) {
-    if (!name) return nullptr;
+    if (!name)
+        return nullptr;
     for (int i = 0; i < numInterfaces_; ++i)
-        if (std::strcmp(interfaces_[i].name, name) == 0) return interfaces_[i].iface;
+        if (std::strcmp(interfaces_[i].name, name) == 0)
+            return interfaces_[i].iface;
     return nullptr;
 }
 
 void ClassDesc::AddInterface(const char* name, void* iface) {
-    if (!name) return;
-    auto* grown = static_cast<Entry*>(HostRealloc(interfaces_, sizeof(Entry) * (numInterfaces_ + 1)));
-    if (!grown) return;
+    if (!name)
+        return;
+    auto* grown =
+        static_cast<Entry*>(HostRealloc(interfaces_, sizeof(Entry) * (numInterfaces_ + 1)));
+    if (!grown)
+        return;
     interfaces_ = grown;
     Entry& e = interfaces_[numInterfaces_++];
     std::strncpy(e.name, name, sizeof(e.name) - 1);
@@ -61,11 +66,11 @@ struct Plugin {
     std::string path;
     std::string description;
 };
-}  // namespace
+} // namespace
 
 struct ClassDirectory::Impl {
-    std::vector<ClassDesc*> classes;  // not owned: descriptors are static objects of modules
-    std::vector<Plugin> plugins;      // loaded modules (never unloaded while the host runs)
+    std::vector<ClassDesc*> classes; // not owned: descriptors are static objects of modules
+    std::vector<Plugin> plugins;     // loaded modules (never unloaded while the host runs)
 };
 
 ClassDirectory::ClassDirectory() : impl_(new Impl) {}
@@ -76,7 +81,8 @@ ClassDirectory& ClassDirectory::Get() {
 }
 
 void ClassDirectory::AddClass(ClassDesc* cd) {
-    if (!cd) return;
+    if (!cd)
+        return;
     if (std::find(impl_->classes.begin(), impl_->classes.end(), cd) == impl_->classes.end())
         impl_->classes.push_back(cd);
 }
@@ -88,7 +94,8 @@ void ClassDirectory::RemoveClass(ClassDesc* cd) {
 
 ClassDesc* ClassDirectory::FindClass(SClass_ID sclass, const Class_ID& cid) {
     for (ClassDesc* cd : impl_->classes)
-        if (cd->SuperClassID() == sclass && cd->ClassID() == cid) return cd;
+        if (cd->SuperClassID() == sclass && cd->ClassID() == cid)
+            return cd;
     return nullptr;
 }
 
@@ -99,20 +106,26 @@ ClassDesc* ClassDirectory::ClassAt(int i) {
 }
 
 int ClassDirectory::LoadPlugin(const char* path) {
-    if (!path) return -1;
+    if (!path)
+        return -1;
 #if defined(_WIN32)
     HMODULE mod = LoadLibraryA(path);
-    if (!mod) return -1;
-    auto sym = [mod](const char* name) { return reinterpret_cast<void*>(GetProcAddress(mod, name)); };
+    if (!mod)
+        return -1;
+    auto sym = [mod](const char* name) {
+        return reinterpret_cast<void*>(GetProcAddress(mod, name));
+    };
 #else
     void* mod = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-    if (!mod) return -1;
+    if (!mod)
+        return -1;
     auto sym = [mod](const char* name) { return dlsym(mod, name); };
 #endif
     auto describe = reinterpret_cast<LibDescriptionFn>(sym("LibDescription"));
     auto count = reinterpret_cast<LibNumberClassesFn>(sym("LibNumberClasses"));
     auto classDesc = reinterpret_cast<LibClassDescFn>(sym("LibClassDesc"));
-    if (!count || !classDesc) return -1;
+    if (!count || !classDesc)
+        return -1;
     const char* text = describe ? describe() : nullptr;
     impl_->plugins.push_back(Plugin{path, text ? text : ""});
     int added = 0;
@@ -126,7 +139,8 @@ int ClassDirectory::LoadPlugin(const char* path) {
 }
 
 const char* ClassDirectory::PluginDescription(int i) {
-    if (i < 0 || i >= NumPlugins()) return nullptr;
+    if (i < 0 || i >= NumPlugins())
+        return nullptr;
     return impl_->plugins[i].description.c_str();
 }
 

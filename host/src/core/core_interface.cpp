@@ -9,10 +9,12 @@ class CoreInterface : public Interface {
 public:
     TimeValue GetTime() override { return time_; }
     void SetTime(TimeValue t, BOOL) override {
-        if (t == time_) return;
+        if (t == time_)
+            return;
         time_ = t;
-        std::vector<TimeChangeCallback*> cbs = callbacks_;  // a callback may unregister
-        for (TimeChangeCallback* cb : cbs) cb->TimeChanged(t);
+        std::vector<TimeChangeCallback*> cbs = callbacks_; // a callback may unregister
+        for (TimeChangeCallback* cb : cbs)
+            cb->TimeChanged(t);
     }
     void RegisterTimeChangeCallback(TimeChangeCallback* tc) override {
         if (tc && std::find(callbacks_.begin(), callbacks_.end(), tc) == callbacks_.end())
@@ -29,14 +31,14 @@ public:
     int CommandModePops() override { return pops_; }
 
 private:
-    TimeValue time_ = 0;                          // current time
-    std::vector<TimeChangeCallback*> callbacks_;  // not owned
-    HWND mainWindow_ = nullptr;                   // set by the host application
+    TimeValue time_ = 0;                         // current time
+    std::vector<TimeChangeCallback*> callbacks_; // not owned
+    HWND mainWindow_ = nullptr;                  // set by the host application
     int redraws_ = 0;
     int pops_ = 0;
 };
 
-}  // namespace
+} // namespace
 
 Interface* GetCOREInterface() {
     static CoreInterface core;

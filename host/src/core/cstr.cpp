@@ -15,12 +15,14 @@ CStr::CStr(CStr&& s) noexcept : buf_(s.buf_), length_(s.length_) {
 CStr::~CStr() { HostFree(buf_); }
 
 CStr& CStr::operator=(const char* s) {
-    if (s == buf_ && s) return *this;
+    if (s == buf_ && s)
+        return *this;
     assign(s, s ? int(std::strlen(s)) : 0);
     return *this;
 }
 CStr& CStr::operator=(const CStr& s) {
-    if (this != &s) assign(s.buf_, s.length_);
+    if (this != &s)
+        assign(s.buf_, s.length_);
     return *this;
 }
 CStr& CStr::operator=(CStr&& s) noexcept {
@@ -34,11 +36,14 @@ CStr& CStr::operator=(CStr&& s) noexcept {
     return *this;
 }
 CStr& CStr::operator+=(const char* s) {
-    if (!s || !*s) return *this;
+    if (!s || !*s)
+        return *this;
     int n = int(std::strlen(s));
     char* b = static_cast<char*>(HostAlloc(std::size_t(length_) + n + 1));
-    if (!b) throw std::bad_alloc();
-    if (length_) std::memcpy(b, buf_, length_);
+    if (!b)
+        throw std::bad_alloc();
+    if (length_)
+        std::memcpy(b, buf_, length_);
     std::memcpy(b + length_, s, n + 1);
     HostFree(buf_);
     buf_ = b;
@@ -78,7 +83,8 @@ void CStr::assign(const char* s, int n) {
     char* b = nullptr;
     if (s && n > 0) {
         b = static_cast<char*>(HostAlloc(std::size_t(n) + 1));
-        if (!b) throw std::bad_alloc();
+        if (!b)
+            throw std::bad_alloc();
         std::memcpy(b, s, n);
         b[n] = '\0';
     } else {

@@ -4,7 +4,8 @@
 
 void Matrix3::IdentityMatrix() {
     for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 3; ++c) m_[r][c] = (r == c) ? 1.0f : 0.0f;
+        for (int c = 0; c < 3; ++c)
+            m_[r][c] = (r == c) ? 1.0f : 0.0f;
 }
 
 void Matrix3::RotateZ(float angle) {
@@ -35,7 +36,8 @@ Matrix3 Matrix3::operator*(const Matrix3& b) const {
     for (int i = 0; i < 4; ++i) {
         for (int j = 0; j < 3; ++j) {
             float v = m_[i][0] * b.m_[0][j] + m_[i][1] * b.m_[1][j] + m_[i][2] * b.m_[2][j];
-            if (i == 3) v += b.m_[3][j];
+            if (i == 3)
+                v += b.m_[3][j];
             r.m_[i][j] = v;
         }
     }

@@ -9,7 +9,8 @@ void HostFree(void* p) { std::free(p); }
 
 void* VokHeapOperators::operator new(std::size_t size) {
     void* p = HostAlloc(size);
-    if (!p) throw std::bad_alloc();
+    if (!p)
+        throw std::bad_alloc();
     return p;
 }
 void* VokHeapOperators::operator new(std::size_t size, const std::nothrow_t&) noexcept {
@@ -17,7 +18,8 @@ void* VokHeapOperators::operator new(std::size_t size, const std::nothrow_t&) no
 }
 void* VokHeapOperators::operator new[](std::size_t size) {
     void* p = HostAlloc(size);
-    if (!p) throw std::bad_alloc();
+    if (!p)
+        throw std::bad_alloc();
     return p;
 }
 void VokHeapOperators::operator delete(void* p) noexcept { HostFree(p); }
@@ -26,7 +28,8 @@ void VokHeapOperators::operator delete[](void* p) noexcept { HostFree(p); }
 
 void* TabRealloc(void* p, int itemSize, int count) {
     void* q = HostRealloc(p, std::size_t(itemSize) * std::size_t(count));
-    if (!q) throw std::bad_alloc();
+    if (!q)
+        throw std::bad_alloc();
     return q;
 }
 void TabFree(void* p) { HostFree(p); }

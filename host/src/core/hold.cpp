@@ -20,16 +20,18 @@ struct Step {
 void deleteRecords(std::vector<RestoreObj*>& recs) {
     std::vector<RestoreObj*> doomed;
     doomed.swap(recs);
-    for (RestoreObj* r : doomed) delete r;
+    for (RestoreObj* r : doomed)
+        delete r;
 }
 
 void deleteSteps(std::vector<Step>& steps) {
     std::vector<Step> doomed;
     doomed.swap(steps);
-    for (Step& s : doomed) deleteRecords(s.records);
+    for (Step& s : doomed)
+        deleteRecords(s.records);
 }
 
-}  // namespace
+} // namespace
 
 struct Hold::Impl {
     int level = 0;                      // Begin calls not yet ended
@@ -51,7 +53,8 @@ void Hold::Begin() { ++impl_->level; }
 int Hold::Holding() const { return impl_->level > 0 && suspended_ == 0 && restoring_ == 0; }
 
 void Hold::Put(RestoreObj* rec) {
-    if (!rec) return;
+    if (!rec)
+        return;
     if (!Holding()) {
         delete rec;
         return;
@@ -61,20 +64,25 @@ void Hold::Put(RestoreObj* rec) {
 
 namespace {
 void restoreBackwards(std::vector<RestoreObj*>& recs, int isUndo) {
-    for (auto it = recs.rbegin(); it != recs.rend(); ++it) (*it)->Restore(isUndo);
+    for (auto it = recs.rbegin(); it != recs.rend(); ++it)
+        (*it)->Restore(isUndo);
 }
 void endHold(std::vector<RestoreObj*>& recs) {
-    for (RestoreObj* r : recs) r->EndHold();
+    for (RestoreObj* r : recs)
+        r->EndHold();
 }
-}  // namespace
+} // namespace
 
 void Hold::Accept(const char* name) {
-    if (impl_->level == 0) return;
-    if (--impl_->level > 0) return;  // an inner hold: its records stay with the outer one
+    if (impl_->level == 0)
+        return;
+    if (--impl_->level > 0)
+        return; // an inner hold: its records stay with the outer one
     std::vector<RestoreObj*> recs;
     recs.swap(impl_->open);
     endHold(recs);
-    if (recs.empty()) return;
+    if (recs.empty())
+        return;
     if (impl_->superLevel > 0) {
         impl_->superRecs.insert(impl_->superRecs.end(), recs.begin(), recs.end());
         return;
@@ -84,7 +92,8 @@ void Hold::Accept(const char* name) {
 }
 
 void Hold::Cancel() {
-    if (impl_->level == 0) return;
+    if (impl_->level == 0)
+        return;
     impl_->level = 0;
     std::vector<RestoreObj*> recs;
     recs.swap(impl_->open);
@@ -96,7 +105,8 @@ void Hold::Cancel() {
 }
 
 void Hold::End() {
-    if (impl_->level == 0) return;
+    if (impl_->level == 0)
+        return;
     impl_->level = 0;
     std::vector<RestoreObj*> recs;
     recs.swap(impl_->open);
@@ -105,7 +115,8 @@ void Hold::End() {
 }
 
 void Hold::Restore() {
-    if (impl_->level == 0) return;
+    if (impl_->level == 0)
+        return;
     ++restoring_;
     restoreBackwards(impl_->open, 0);
     --restoring_;
@@ -114,18 +125,23 @@ void Hold::Restore() {
 void Hold::SuperBegin() { ++impl_->superLevel; }
 
 void Hold::SuperAccept(const char* name) {
-    if (impl_->superLevel == 0) return;
-    if (--impl_->superLevel > 0) return;
+    if (impl_->superLevel == 0)
+        return;
+    if (--impl_->superLevel > 0)
+        return;
     std::vector<RestoreObj*> recs;
     recs.swap(impl_->superRecs);
-    if (recs.empty()) return;
+    if (recs.empty())
+        return;
     deleteSteps(impl_->redo);
     impl_->undo.push_back(Step{CStr(name), std::move(recs)});
 }
 
 void Hold::SuperCancel() {
-    if (impl_->superLevel == 0) return;
-    if (--impl_->superLevel > 0) return;
+    if (impl_->superLevel == 0)
+        return;
+    if (--impl_->superLevel > 0)
+        return;
     std::vector<RestoreObj*> recs;
     recs.swap(impl_->superRecs);
     ++restoring_;
@@ -135,7 +151,8 @@ void Hold::SuperCancel() {
 }
 
 bool Hold::Undo() {
-    if (impl_->level > 0 || impl_->undo.empty()) return false;
+    if (impl_->level > 0 || impl_->undo.empty())
+        return false;
     Step step = std::move(impl_->undo.back());
     impl_->undo.pop_back();
     ++restoring_;
@@ -146,11 +163,13 @@ bool Hold::Undo() {
 }
 
 bool Hold::Redo() {
-    if (impl_->level > 0 || impl_->redo.empty()) return false;
+    if (impl_->level > 0 || impl_->redo.empty())
+        return false;
     Step step = std::move(impl_->redo.back());
     impl_->redo.pop_back();
     ++restoring_;
-    for (RestoreObj* r : step.records) r->Redo();
+    for (RestoreObj* r : step.records)
+        r->Redo();
     --restoring_;
     impl_->undo.push_back(std::move(step));
     return true;
@@ -160,12 +179,14 @@ int Hold::NumUndo() const { return int(impl_->undo.size()); }
 int Hold::NumRedo() const { return int(impl_->redo.size()); }
 
 CStr Hold::UndoName(int i) const {
-    if (i < 0 || i >= NumUndo()) return CStr();
+    if (i < 0 || i >= NumUndo())
+        return CStr();
     return impl_->undo[impl_->undo.size() - 1 - i].name;
 }
 
 CStr Hold::RedoName(int i) const {
-    if (i < 0 || i >= NumRedo()) return CStr();
+    if (i < 0 || i >= NumRedo())
+        return CStr();
     return impl_->redo[impl_->redo.size() - 1 - i].name;
 }
 
@@ -177,10 +198,13 @@ void Hold::Reset() {
 void Hold::ForgetMaker(void* maker) {
     auto forget = [maker](std::vector<RestoreObj*>& recs) {
         for (RestoreObj* r : recs)
-            if (auto* rc = dynamic_cast<RefChangeRestore*>(r)) rc->Forget(maker);
+            if (auto* rc = dynamic_cast<RefChangeRestore*>(r))
+                rc->Forget(maker);
     };
     forget(impl_->open);
     forget(impl_->superRecs);
-    for (Step& s : impl_->undo) forget(s.records);
-    for (Step& s : impl_->redo) forget(s.records);
+    for (Step& s : impl_->undo)
+        forget(s.records);
+    for (Step& s : impl_->redo)
+        forget(s.records);
 }

@@ -18,16 +18,17 @@ public:
 
     /// The maker went away: the record has nothing left to change.
     void Forget(void* maker) {
-        if (maker_ == maker) maker_ = nullptr;
+        if (maker_ == maker)
+            maker_ = nullptr;
     }
 
 private:
     void install(RefTargetHandle from, RefTargetHandle to);
     void release(RefTargetHandle from, bool mayDelete);
 
-    ReferenceMaker* maker_;   // the maker whose reference changed; null once it is gone
-    int which_;               // reference index
-    RefTargetHandle before_;  // pinned: target before the change (may be null)
-    RefTargetHandle after_;   // pinned: target after the change (may be null)
-    BOOL deleteOld_;          // `before_` is deleted when redo leaves it unreferenced
+    ReferenceMaker* maker_;  // the maker whose reference changed; null once it is gone
+    int which_;              // reference index
+    RefTargetHandle before_; // pinned: target before the change (may be null)
+    RefTargetHandle after_;  // pinned: target after the change (may be null)
+    BOOL deleteOld_;         // `before_` is deleted when redo leaves it unreferenced
 };
