@@ -22,6 +22,7 @@ struct FlyOffFixture {
     ICustButton* move = nullptr;
     HIMAGELIST images = nullptr;
     HWND button = nullptr;
+    POINT pointer{}; // where the pointer was before
 
     FlyOffFixture() {
         window = CreateWindowExA(0, CUSTTOOLBAR_CLASS, "", WS_CHILD | WS_VISIBLE, 0, 0, 400, 29,
@@ -35,8 +36,19 @@ struct FlyOffFixture {
         button = move->GetHwnd();
         const FlyOffData entries[3] = {{0, 0, 0, 0}, {1, 1, 1, 1}, {2, 2, 2, 2}};
         move->SetFlyOff(3, entries, 200, 0, FLY_DOWN, 1);
+        // The pointer rests on the button, as a user's does while holding it: the system's
+        // own mouse moves (Wine sends one when the capture changes) then agree with the
+        // ones the tests send. It goes back afterwards, and the move that causes is taken
+        // here rather than by a later test.
+        GetCursorPos(&pointer);
+        POINT c = {11, 11};
+        ClientToScreen(button, &c);
+        SetCursorPos(c.x, c.y);
+        Pump(20);
     }
     ~FlyOffFixture() {
+        SetCursorPos(pointer.x, pointer.y);
+        Pump(20);
         ReleaseICustButton(move);
         ReleaseICustToolbar(toolbar);
         ImageList_Destroy(images);
