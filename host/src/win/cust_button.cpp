@@ -20,7 +20,7 @@ constexpr UINT_PTR kFlyOffTimer = 1; // the press is held long enough to open th
 // -------------------------------------------------------------------------------------
 
 ButtonControl::ButtonControl(HWND hwnd)
-    : ControlObject(hwnd), highlight_(ColorMan()->GetColor(kColorActiveCommand)) {}
+    : PaintedControl(hwnd), highlight_(ColorMan()->GetColor(kColorActiveCommand)) {}
 
 void ButtonControl::Invalidate() {
     if (hwnd_)
@@ -276,18 +276,9 @@ void ButtonControl::Paint(HDC hdc) {
 
 LRESULT ButtonControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
     POINT p = {short(LOWORD(lParam)), short(HIWORD(lParam))};
+    if (LRESULT result; PaintMessage(msg, wParam, result))
+        return result;
     switch (msg) {
-    case WM_PAINT: {
-        PAINTSTRUCT ps;
-        Paint(BeginPaint(hwnd_, &ps));
-        EndPaint(hwnd_, &ps);
-        return 0;
-    }
-    case WM_PRINTCLIENT:
-        Paint(reinterpret_cast<HDC>(wParam));
-        return 0;
-    case WM_ERASEBKGND:
-        return 1; // Paint covers every pixel
     case WM_LBUTTONDOWN:
     case WM_LBUTTONDBLCLK:
         OnLButtonDown(p);

@@ -15,9 +15,9 @@ namespace hostwin {
 // Toolbar
 // -------------------------------------------------------------------------------------
 
-class ToolbarControl final : public ICustToolbar, public ControlObject {
+class ToolbarControl final : public ICustToolbar, public PaintedControl {
 public:
-    explicit ToolbarControl(HWND hwnd) : ControlObject(hwnd) {}
+    explicit ToolbarControl(HWND hwnd) : PaintedControl(hwnd) {}
 
     HWND GetHwnd() override { return hwnd_; }
     void SetImage(HIMAGELIST images) override { images_ = images; }
@@ -51,7 +51,7 @@ private:
 
     HWND CreateItemWindow(const ToolItem& item);
     void Layout();
-    void Paint(HDC hdc);
+    void Paint(HDC hdc) override;
     bool IsItemWindow(HWND hwnd) const;
 
     std::vector<Item> items_;     // in toolbar order
@@ -65,7 +65,7 @@ private:
 
 class FlyOffControl;
 
-class ButtonControl final : public ICustButton, public ControlObject {
+class ButtonControl final : public ICustButton, public PaintedControl {
 public:
     explicit ButtonControl(HWND hwnd);
 
@@ -112,7 +112,7 @@ private:
     void OpenFlyOff();
     void CloseFlyOff();
     bool IsIn() const;
-    void Paint(HDC hdc);
+    void Paint(HDC hdc) override;
     void Invalidate();
 
     int type_ = CBT_PUSH;             // CBT_PUSH or CBT_CHECK
@@ -138,9 +138,9 @@ private:
 /// The pop-up strip of a button's fly-off entries. It never takes the mouse capture or
 /// the focus: the button keeps tracking the mouse and asks the strip which entry is under
 /// it.
-class FlyOffControl final : public ControlObject {
+class FlyOffControl final : public PaintedControl {
 public:
-    explicit FlyOffControl(HWND hwnd) : ControlObject(hwnd) {}
+    explicit FlyOffControl(HWND hwnd) : PaintedControl(hwnd) {}
 
     /// Creates the strip for `button` next to the button's screen rectangle.
     static HWND Open(ButtonControl* button, HWND buttonWindow, int dir, int columns);
@@ -150,7 +150,7 @@ public:
     LRESULT WndProc(UINT msg, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    void Paint(HDC hdc);
+    void Paint(HDC hdc) override;
 
     ButtonControl* button_ = nullptr; // the button that opened the strip (it owns us)
     int columns_ = 1;                 // entries across
@@ -199,9 +199,9 @@ private:
 // Status item
 // -------------------------------------------------------------------------------------
 
-class StatusControl final : public ICustStatus, public ControlObject {
+class StatusControl final : public ICustStatus, public PaintedControl {
 public:
-    explicit StatusControl(HWND hwnd) : ControlObject(hwnd) {}
+    explicit StatusControl(HWND hwnd) : PaintedControl(hwnd) {}
 
     HWND GetHwnd() override { return hwnd_; }
     void SetText(const char* text) override;
@@ -213,7 +213,7 @@ public:
     LRESULT WndProc(UINT msg, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    void Paint(HDC hdc);
+    void Paint(HDC hdc) override;
 
     int format_ = STATUSTEXT_LEFT; // STATUSTEXT_...
     Tooltip tooltip_;

@@ -116,18 +116,9 @@ void FlyOffControl::Paint(HDC hdc) {
 }
 
 LRESULT FlyOffControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
+    if (LRESULT result; PaintMessage(msg, wParam, result))
+        return result;
     switch (msg) {
-    case WM_PAINT: {
-        PAINTSTRUCT ps;
-        Paint(BeginPaint(hwnd_, &ps));
-        EndPaint(hwnd_, &ps);
-        return 0;
-    }
-    case WM_PRINTCLIENT:
-        Paint(reinterpret_cast<HDC>(wParam));
-        return 0;
-    case WM_ERASEBKGND:
-        return 1;
     case WM_MOUSEACTIVATE:
         return MA_NOACTIVATE; // the button's window keeps the activation
     default:

@@ -60,6 +60,37 @@ private:
     int refs_ = 1; // the window's own, plus one per interface handed out
 };
 
+/// A control that paints every pixel of its window itself, so there is nothing to erase.
+class PaintedControl : public ControlObject {
+public:
+    using ControlObject::ControlObject;
+
+protected:
+    virtual void Paint(HDC hdc) = 0;
+    /// Answers WM_PAINT, WM_PRINTCLIENT and WM_ERASEBKGND into `result`; false for any
+    /// other message.
+    bool PaintMessage(UINT msg, WPARAM wParam, LRESULT& result) {
+        switch (msg) {
+        case WM_PAINT: {
+            PAINTSTRUCT ps;
+            Paint(BeginPaint(hwnd_, &ps));
+            EndPaint(hwnd_, &ps);
+            result = 0;
+            return true;
+        }
+        case WM_PRINTCLIENT:
+            Paint(reinterpret_cast<HDC>(wParam));
+            result = 0;
+            return true;
+        case WM_ERASEBKGND:
+            result = 1;
+            return true;
+        default:
+            return false;
+        }
+    }
+};
+
 /// The object attached to a control window (window extra bytes, slot 0), or null.
 ControlObject* ObjectOf(HWND hwnd);
 

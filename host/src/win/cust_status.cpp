@@ -46,18 +46,9 @@ void StatusControl::Paint(HDC hdc) {
 }
 
 LRESULT StatusControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
+    if (LRESULT result; PaintMessage(msg, wParam, result))
+        return result;
     switch (msg) {
-    case WM_PAINT: {
-        PAINTSTRUCT ps;
-        Paint(BeginPaint(hwnd_, &ps));
-        EndPaint(hwnd_, &ps);
-        return 0;
-    }
-    case WM_PRINTCLIENT:
-        Paint(reinterpret_cast<HDC>(wParam));
-        return 0;
-    case WM_ERASEBKGND:
-        return 1;
     case WM_SETTEXT: {
         LRESULT r = Default(msg, wParam, lParam);
         InvalidateRect(hwnd_, nullptr, FALSE);

@@ -176,18 +176,9 @@ void ToolbarControl::Paint(HDC hdc) {
 }
 
 LRESULT ToolbarControl::WndProc(UINT msg, WPARAM wParam, LPARAM lParam) {
+    if (LRESULT result; PaintMessage(msg, wParam, result))
+        return result;
     switch (msg) {
-    case WM_PAINT: {
-        PAINTSTRUCT ps;
-        Paint(BeginPaint(hwnd_, &ps));
-        EndPaint(hwnd_, &ps);
-        return 0;
-    }
-    case WM_PRINTCLIENT:
-        Paint(reinterpret_cast<HDC>(wParam));
-        return 0;
-    case WM_ERASEBKGND:
-        return 1;
     case WM_SIZE:
         Layout();
         InvalidateRect(hwnd_, nullptr, FALSE);
