@@ -326,6 +326,18 @@ private:
 
     curve_eval::EvalCache evalCache_; // published states, reader slots, the cache lock
     int lookupSize_ = 1000;           // intervals of the lookup table
+    uint64_t invalidations_ = 0;      // InvalidateCache calls so far (see SettledRecords)
+
+    /// The records the cache would hold at one time, followed through edits of single
+    /// points without a rebuild per edit, for loops that edit many points and read each
+    /// one through the cache after the edits before it (curve_settled_records.cpp).
+    class SettledRecords;
+    /// Point i's cache record at t before the ordering passes of a rebuild: its position
+    /// (from its controller, if any, which narrows `valid`), its absolute handles, and
+    /// for an end point of an open curve the pinned x. Move limits are left unset.
+    curve_eval::CachedKnot initialRecord(TimeValue t, int i, Point2 xRange, Interval& valid);
+    /// Whether the cache at t (rebuilt if needed) holds exactly the n records `k`, bit for bit.
+    bool cacheHolds(TimeValue t, const curve_eval::CachedKnot* k, int n);
 
     // --- Editing state --------------------------------------------------------------------
     int notifySuspended_ = 0;                    // non-zero: controller changes are quiet

@@ -26,6 +26,7 @@
 #include "control/curve_control.h"
 #include "curve/curve.h"
 #include "curve/curve_edit_detail.h"
+#include "curve/curve_settled_records.h"
 #include "curve/curve_undo.h"
 #include "curvectl/messages.h"
 #include "host/controller.h"
@@ -163,9 +164,10 @@ enum class Side { In, Out };
 
 // The tangent is stored, and recorded, only when it moved by more than 0.0001; the record
 // then always matches the table, so redo gives back exactly what the edit left.
-int setTangent(Curve& c, TimeValue t, int i, const Point2& handle, BOOL invalidate, BOOL notify,
-               Side side) {
-    const Point2 tan = handle - c.CachedPosition(t, i);
+// `position` is point i's position as the cache has it at the time of the edit.
+int setTangentFrom(Curve& c, const Point2& position, int i, const Point2& handle, BOOL invalidate,
+                   BOOL notify, Side side) {
+    const Point2 tan = handle - position;
     const int bit = side == Side::In ? 1 : 2;
     int changed = 0;
     CurveKnot* k = c.Knots();
@@ -190,6 +192,11 @@ int setTangent(Curve& c, TimeValue t, int i, const Point2& handle, BOOL invalida
     if (notify && changed)
         c.SendClientMessage(CURVE_MSG_TANGENT_CHANGED, WPARAM((changed << 16) | (i & 0xFFFF)));
     return changed;
+}
+
+int setTangent(Curve& c, TimeValue t, int i, const Point2& handle, BOOL invalidate, BOOL notify,
+               Side side) {
+    return setTangentFrom(c, c.CachedPosition(t, i), i, handle, invalidate, notify, side);
 }
 
 } // namespace
@@ -511,6 +518,10 @@ void Curve::DragHandle(TimeValue t, int i, int selector, float dx, float dy) {
 // ---------------------------------------------------------------------------------------
 // [SECTION] Scaling
 
+// Each point is read as the cache has it after the edits of the points before it. Read
+// through the cache itself, that would rebuild the cache twice per point (quadratic in the
+// selection: 300 ms for 16 curves of 1,000 selected points); SettledRecords gives the same
+// answers, bit for bit, without.
 void Curve::ScaleSelectedY(TimeValue t, float origin, float factor, BOOL skipAnimated) {
     if (!std::isfinite(origin) || !std::isfinite(factor))
         return;
@@ -518,6 +529,7 @@ void Curve::ScaleSelectedY(TimeValue t, float origin, float factor, BOOL skipAni
         p.y = (p.y - origin) * factor + origin;
         return p;
     };
+    SettledRecords cache(*this, t);
     for (int i = 0; i < count_ && points_; ++i) {
         if (!(points_[i].flags & KNOT_SELECTED))
             continue;
@@ -525,12 +537,21 @@ void Curve::ScaleSelectedY(TimeValue t, float origin, float factor, BOOL skipAni
             continue;
         // Both handles are read before the position moves; the setters then turn them
         // into tangents relative to the new position.
-        const Point2 in = scaled(CachedInHandle(t, i));
-        const Point2 out = scaled(CachedOutHandle(t, i));
-        SetKnotPosition(t, i, scaled(CachedPosition(t, i)));
-        const int changed =
-            SetInHandle(t, i, in, FALSE, FALSE) | SetOutHandle(t, i, out, TRUE, FALSE);
-        SendClientMessage(CURVE_MSG_TANGENT_CHANGED, WPARAM((changed << 16) | i));
+        const Point2 in = scaled(cache.InHandle(i));
+        const Point2 out = scaled(cache.OutHandle(i));
+        const Point2 pos = scaled(cache.Position(i));
+        if (Controller(i))
+            cache.Stop(); // the controller takes the position, with its own messages
+        SetKnotPosition(t, i, pos);
+        cache.Edited(i, Finite(pos) ? 1 : 0);
+        // Neither the in-handle's setter nor anything between drops the cache: both
+        // setters see the same position.
+        const Point2 at = cache.Position(i);
+        const int inChanged = setTangentFrom(*this, at, i, in, FALSE, FALSE, Side::In);
+        const int outChanged = setTangentFrom(*this, at, i, out, TRUE, FALSE, Side::Out);
+        cache.Edited(i, 1);
+        SendClientMessage(CURVE_MSG_TANGENT_CHANGED, WPARAM(((inChanged | outChanged) << 16) | i));
+        cache.Edited(-1, 0);
     }
 }
 

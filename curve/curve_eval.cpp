@@ -3,7 +3,6 @@
 //
 // [SECTION] Index
 //   Geometry ............ the Bezier formula and the 20-halving solve (pure functions)
-//   Move limits ......... the right/left/up/down room of one record
 //   Rebuild ............. buildCacheState, Initialize, InvalidateCache
 //   Cache access ........ acquireState (the double-checked test), EnsureCache, CacheValidity
 //   Lookup table ........ acquireLookup, BuildLookup
@@ -26,9 +25,11 @@
 //     it takes the general path.
 #include "control/curve_control.h"
 #include "curve/curve.h"
+#include "curve/curve_records.h"
 #include "host/controller.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -36,14 +37,13 @@ using curve_eval::CachedKnot;
 using curve_eval::CacheState;
 using curve_eval::EvalCache;
 using curve_eval::LookupTable;
+using namespace curve_records;
 
 namespace {
 
 // ---------------------------------------------------------------------------------------
 // [SECTION] Geometry
 
-/// Start value of every move limit; end points keep it.
-constexpr float kRoomStart = 100000000.0f;
 /// Halvings of the Bezier parameter; the result after the last one is taken as it is.
 constexpr int kHalvings = 20;
 /// A handle that reaches no further than this towards the outside does not give the end
@@ -133,77 +133,17 @@ int findSegment(const CacheState& s, float x) {
     return k[i].px <= x ? i : -1;
 }
 
-// ---------------------------------------------------------------------------------------
-// [SECTION] Move limits
-
-/// `room` becomes `v` when `v` is larger (a not-a-number candidate never wins).
-inline void raiseTo(float& room, float v) {
-    if (v > room)
-        room = v;
-}
-/// `room` becomes `v` when `v` is smaller.
-inline void lowerTo(float& room, float v) {
-    if (v < room)
-        room = v;
-}
-
-/// The move limits of record i among n: only interior records are limited, by the
-/// neighbours' positions and facing handles in x and by the y range in y.
-void computeRoom(CachedKnot* k, int n, int i, float ylo, float yhi) {
-    CachedKnot& r = k[i];
-    r.right = kRoomStart;
-    r.left = -kRoomStart;
-    r.up = kRoomStart;
-    r.down = -kRoomStart;
-    if (i <= 0 || i >= n - 1)
-        return;
-    const CachedKnot& p = k[i - 1];
-    const CachedKnot& nx = k[i + 1];
-    raiseTo(r.left, p.outX - r.px);
-    raiseTo(r.left, p.px - r.inX);
-    lowerTo(r.right, nx.inX - r.px);
-    lowerTo(r.right, nx.px - r.outX);
-    lowerTo(r.up, yhi - r.py);
-    lowerTo(r.up, yhi - r.inY);
-    lowerTo(r.up, yhi - r.outY);
-    raiseTo(r.down, ylo - r.py);
-    raiseTo(r.down, ylo - r.inY);
-    raiseTo(r.down, ylo - r.outY);
-}
-
-/// After record i moved, the limits of i and its two neighbours are the only ones that
-/// changed: recomputing them equals recomputing all of them.
-void recomputeAround(CachedKnot* k, int n, int i, float ylo, float yhi) {
-    for (int j = std::max(0, i - 1); j <= std::min(n - 1, i + 1); ++j)
-        computeRoom(k, n, j, ylo, yhi);
-}
-
-inline void shiftX(CachedKnot& r, float d) {
-    r.px += d;
-    r.inX += d;
-    r.outX += d;
-}
-
-/// Puts the position's y at `y` and moves both handles by the same amount.
-inline void placeY(CachedKnot& r, float y) {
-    const float d = y - r.py;
-    r.py = y;
-    r.inY += d;
-    r.outY += d;
-}
-
 inline bool isPureCorner(uint32_t flags) {
     return (flags & (KNOT_CORNER | KNOT_BEZIER)) == KNOT_CORNER;
 }
 
-/// The owner's ranges and flag word; a curve without owner uses (0, 1), (0, 1) and 0.
-struct OwnerSettings {
-    Point2 x{0.0f, 1.0f};
-    Point2 y{0.0f, 1.0f};
-    DWORD flags = 0;
-};
+} // namespace
 
-OwnerSettings readOwner(CurveControl* owner) {
+namespace curve_records {
+
+bool OwnerSettings::ConstrainY() const { return (flags & CC_CONSTRAIN_Y) != 0; }
+
+OwnerSettings ReadOwner(CurveControl* owner) {
     OwnerSettings o;
     if (owner) {
         o.x = owner->GetXRange();
@@ -212,6 +152,10 @@ OwnerSettings readOwner(CurveControl* owner) {
     }
     return o;
 }
+
+} // namespace curve_records
+
+namespace {
 
 /// The x range on the evaluation path. The qualified call reads the control's range
 /// without a virtual dispatch per value (CurveControl has no subclasses).
@@ -223,6 +167,41 @@ inline Point2 ownerXRange(CurveControl* owner) {
 
 // ---------------------------------------------------------------------------------------
 // [SECTION] Rebuild
+
+namespace {
+
+/// A point's position (from its controller when it has one) and absolute handles.
+inline void placeRecord(CachedKnot& r, const CurveKnot& src, ReferenceTarget* controller,
+                        TimeValue t, Interval& valid) {
+    Point2 pos = src.pos;
+    if (auto* ctrl = dynamic_cast<Control*>(controller)) {
+        Point3 v;
+        ctrl->GetValue(t, &v, valid, CTRL_ABSOLUTE);
+        pos = Point2(v.x, v.y);
+    }
+    r.px = pos.x;
+    r.py = pos.y;
+    r.inX = pos.x + src.inTan.x;
+    r.inY = pos.y + src.inTan.y;
+    r.outX = pos.x + src.outTan.x;
+    r.outY = pos.y + src.outTan.y;
+}
+
+} // namespace
+
+CachedKnot Curve::initialRecord(TimeValue t, int i, Point2 xRange, Interval& valid) {
+    CachedKnot r{};
+    const CurveKnot& src = points_[i];
+    placeRecord(r, src, Controller(i), t, valid);
+    // As buildCacheState pins the end points.
+    if (!IsCyclic()) {
+        if (i == 0 && !(src.flags & KNOT_FREE_END_X))
+            r.px = xRange.x;
+        if (i == count_ - 1 && !(src.flags & KNOT_FREE_END_X))
+            r.px = xRange.y;
+    }
+    return r;
+}
 
 std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
     std::unique_ptr<CacheState> s(new (std::nothrow) CacheState);
@@ -241,23 +220,10 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
     }
     CachedKnot* k = s->knots.get();
 
-    for (int i = 0; i < n; ++i) {
-        const CurveKnot& src = points_[i];
-        Point2 pos = src.pos;
-        if (auto* ctrl = dynamic_cast<Control*>(Controller(i))) {
-            Point3 v;
-            ctrl->GetValue(t, &v, valid, CTRL_ABSOLUTE);
-            pos = Point2(v.x, v.y);
-        }
-        k[i].px = pos.x;
-        k[i].py = pos.y;
-        k[i].inX = pos.x + src.inTan.x;
-        k[i].inY = pos.y + src.inTan.y;
-        k[i].outX = pos.x + src.outTan.x;
-        k[i].outY = pos.y + src.outTan.y;
-    }
+    for (int i = 0; i < n; ++i)
+        placeRecord(k[i], points_[i], Controller(i), t, valid);
 
-    const OwnerSettings o = readOwner(owner_);
+    const OwnerSettings o = ReadOwner(owner_);
     // End points sit on the range ends; their handles keep the x they had.
     if (!IsCyclic() && n >= 1) {
         if (!(points_[0].flags & KNOT_FREE_END_X))
@@ -267,38 +233,38 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
     }
 
     const float ylo = o.y.x, yhi = o.y.y;
-    const bool constrainY = (o.flags & CC_CONSTRAIN_Y) != 0;
+    const bool constrainY = o.ConstrainY();
     for (int i = 0; i < n; ++i)
-        computeRoom(k, n, i, ylo, yhi);
+        ComputeRoom(k, n, i, ylo, yhi);
 
     // Forward: a point left of what its neighbours allow moves right; with the y range
     // enforced, a point below it moves up.
     for (int i = 0; i < n; ++i) {
         bool moved = false;
         if (k[i].left > 0.0f) {
-            shiftX(k[i], k[i].left);
+            ShiftX(k[i], k[i].left);
             moved = true;
         }
         if (constrainY && k[i].py < ylo) {
-            placeY(k[i], ylo);
+            PlaceY(k[i], ylo);
             moved = true;
         }
         if (moved)
-            recomputeAround(k, n, i, ylo, yhi);
+            RecomputeAround(k, n, i, ylo, yhi);
     }
     // Backward: the same to the left and down.
     for (int i = n - 1; i >= 0; --i) {
         bool moved = false;
         if (k[i].right < 0.0f) {
-            shiftX(k[i], k[i].right);
+            ShiftX(k[i], k[i].right);
             moved = true;
         }
         if (constrainY && k[i].py > yhi) {
-            placeY(k[i], yhi);
+            PlaceY(k[i], yhi);
             moved = true;
         }
         if (moved)
-            recomputeAround(k, n, i, ylo, yhi);
+            RecomputeAround(k, n, i, ylo, yhi);
     }
 
     bool ordered = true;
@@ -323,6 +289,7 @@ void Curve::Initialize(TimeValue t, Interval& valid) {
 
 void Curve::InvalidateCache() {
     std::lock_guard<std::recursive_mutex> g(evalCache_.Lock());
+    ++invalidations_;
     evalCache_.Publish(nullptr);
 }
 
@@ -357,6 +324,13 @@ const CacheState* Curve::rebuildState(EvalCache::Reader& r, TimeValue t) {
     }
     r.Adopt(s);
     return s;
+}
+
+bool Curve::cacheHolds(TimeValue t, const CachedKnot* k, int n) {
+    EvalCache::Reader r(evalCache_);
+    const CacheState* s = acquireState(r, t);
+    return s && s->count == n &&
+           (n == 0 || std::memcmp(s->knots.get(), k, sizeof(CachedKnot) * size_t(n)) == 0);
 }
 
 void Curve::EnsureCache(TimeValue t) {
@@ -410,7 +384,7 @@ const LookupTable* Curve::buildLookupTable(EvalCache::Reader& r, const CacheStat
     else
         std::fill(v, v + size + 1, 0.0f);
 
-    const Point2 xr = readOwner(owner_).x;
+    const Point2 xr = ReadOwner(owner_).x;
     table->size = size;
     table->sizeAsFloat = float(size);
     table->step = (xr.y - xr.x) / float(size);

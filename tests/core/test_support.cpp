@@ -41,8 +41,11 @@ int MessageRecorder::Count(UINT msg) const {
 }
 
 void MessageRecorder::Record(UINT msg, WPARAM wParam, LPARAM lParam) {
-    if (msg >= CURVE_MSG_SELECTION && msg <= CURVE_MSG_LBUTTONUP)
+    if (msg >= CURVE_MSG_SELECTION && msg <= CURVE_MSG_LBUTTONUP) {
         messages.push_back(ClientMessage{msg, wParam, lParam});
+        if (onMessage)
+            onMessage(messages.back());
+    }
 }
 
 #if defined(_WIN32)

@@ -49,6 +49,8 @@ public:
     void Clear() { messages.clear(); }
 
     std::vector<ClientMessage> messages; // oldest first
+    /// Run for each message after it is recorded, as a client's handler would be.
+    std::function<void(const ClientMessage&)> onMessage;
 
     /// Called by the platform layer's delivery (window procedure or native sink).
     void Record(UINT msg, WPARAM wParam, LPARAM lParam);
