@@ -2,6 +2,7 @@
 
 #include "control/control_undo.h"
 #include "control/curve_control.h"
+#include "editor/curve_ctl_window.h"
 #include "host/core_interface.h"
 #include "host/hold.h"
 #include "modes/mouse_modes.h"
@@ -127,3 +128,36 @@ void AbandonDrag(CurveControl& control) {
 }
 
 } // namespace edit_drag
+
+// ---------------------------------------------------------------------------------------
+// The modes' dispatch
+
+// The window is being torn down: only the holds are closed.
+EditDragMouseProc::~EditDragMouseProc() {
+    if (openDrag)
+        edit_drag::AbandonDrag(*openDrag);
+}
+
+int EditDragMouseProc::proc(HWND, int msg, int point, int flags, IPoint2 m) {
+    if (!window || !window->Control())
+        return 1;
+    switch (msg) {
+    case MOUSE_POINT:
+        if (point == 0)
+            return pressed(m);
+        if (openDrag)
+            finish(true);
+        break;
+    case MOUSE_MOVE:
+        if (openDrag)
+            drag(flags, m);
+        break;
+    case MOUSE_ABORT:
+        if (openDrag)
+            finish(false);
+        break;
+    default:
+        break;
+    }
+    return 1;
+}

@@ -98,48 +98,55 @@ struct DragLimits {
     float yLow = 0, yHigh = 0; // lowest and highest dy
 };
 
-/// Drags the selected points of the displayed curves, or the handles hit at the press
-/// (move_mode.cpp).
-class DeformMoveMouseProc : public MouseCallBack {
+/// What the move and scale modes share: the press opens one drag, each move redoes it from
+/// the press state, the release keeps it as one undo step and an abort rolls it back
+/// (edit_drag.cpp). A drag still open when the mode goes (the editor closed under it) is
+/// rolled back.
+class EditDragMouseProc : public MouseCallBack {
 public:
-    /// A drag still open (the editor closed under it) is rolled back.
-    ~DeformMoveMouseProc() override;
-    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
+    ~EditDragMouseProc() override;
+    /// MOUSE_POINT (press at point 0, else release), MOUSE_MOVE and MOUSE_ABORT.
+    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) final;
 
     CurveCtlWindow* window = nullptr; // not owned
     IPoint2 press;                    // press point
-    int breakTangent = 0;             // latched for the rest of a handle drag
     DragLimits limits;                // of the drag in progress
     CurveControl* openDrag = nullptr; // control of the drag in progress, or null
 
+protected:
+    /// Opens the drag, or refuses the press (0).
+    virtual int pressed(IPoint2 m) = 0;
+    virtual void drag(int flags, IPoint2 m) = 0;
+    /// Closes the drag: kept as one undo step (`accept`) or rolled back.
+    virtual void finish(bool accept) = 0;
+};
+
+/// Drags the selected points of the displayed curves, or the handles hit at the press
+/// (move_mode.cpp).
+class DeformMoveMouseProc : public EditDragMouseProc {
+public:
+    int breakTangent = 0; // latched for the rest of a handle drag
+
 private:
-    int pressed(IPoint2 m);
-    void drag(int flags, IPoint2 m);
+    int pressed(IPoint2 m) override;
+    void drag(int flags, IPoint2 m) override;
+    void finish(bool accept) override;
     void dragPoints(float dx, float dy);
     void dragHandles(int flags, float dx, float dy);
-    void finish(bool accept);
 };
 
 /// Scales the y of the selected points of the displayed curves about y = 0
-/// (scale_mode.cpp).
-class DeformScaleMouseProc : public MouseCallBack {
+/// (scale_mode.cpp). Its limits are those of dy only.
+class DeformScaleMouseProc : public EditDragMouseProc {
 public:
-    /// A drag still open (the editor closed under it) is rolled back.
-    ~DeformScaleMouseProc() override;
-    int proc(HWND hwnd, int msg, int point, int flags, IPoint2 m) override;
-
-    CurveCtlWindow* window = nullptr; // not owned
-    IPoint2 press;                    // press point
-    float pressHeight = 0;            // curve height under the press (d0)
-    DragLimits limits;                // of the drag in progress (y only)
-    CurveControl* openDrag = nullptr; // control of the drag in progress, or null
+    float pressHeight = 0; // curve height under the press (d0)
 
 private:
     /// The curve height under row `y`: (H - S - y) / yScale.
     float heightAt(int y);
-    int pressed(IPoint2 m);
-    void drag(IPoint2 m);
-    void finish(bool accept);
+    int pressed(IPoint2 m) override;
+    void drag(int flags, IPoint2 m) override;
+    void finish(bool accept) override;
 };
 
 /// Inserts a point into every curve segment under a click (insert_mode.cpp). Answers 0

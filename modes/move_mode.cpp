@@ -65,36 +65,6 @@ void moveSelected(Curve& c, TimeValue t, float dx, float dy) {
 
 } // namespace
 
-// The window is being torn down: only the holds are closed.
-DeformMoveMouseProc::~DeformMoveMouseProc() {
-    if (openDrag)
-        AbandonDrag(*openDrag);
-}
-
-int DeformMoveMouseProc::proc(HWND, int msg, int point, int flags, IPoint2 m) {
-    if (!window || !window->Control())
-        return 1;
-    switch (msg) {
-    case MOUSE_POINT:
-        if (point == 0)
-            return pressed(m);
-        if (openDrag)
-            finish(true);
-        break;
-    case MOUSE_MOVE:
-        if (openDrag)
-            drag(flags, m);
-        break;
-    case MOUSE_ABORT:
-        if (openDrag)
-            finish(false);
-        break;
-    default:
-        break;
-    }
-    return 1;
-}
-
 int DeformMoveMouseProc::pressed(IPoint2 m) {
     CurveCtlWindow& w = *window;
     if (openDrag) // a press without the release of the one before: that drag is kept

@@ -34,36 +34,6 @@ float DeformScaleMouseProc::heightAt(int y) {
     return float(h - s - y) / CurveYScale(w.Scale().ys);
 }
 
-// The window is being torn down: only the holds are closed.
-DeformScaleMouseProc::~DeformScaleMouseProc() {
-    if (openDrag)
-        AbandonDrag(*openDrag);
-}
-
-int DeformScaleMouseProc::proc(HWND, int msg, int point, int, IPoint2 m) {
-    if (!window || !window->Control())
-        return 1;
-    switch (msg) {
-    case MOUSE_POINT:
-        if (point == 0)
-            return pressed(m);
-        if (openDrag)
-            finish(true);
-        break;
-    case MOUSE_MOVE:
-        if (openDrag)
-            drag(m);
-        break;
-    case MOUSE_ABORT:
-        if (openDrag)
-            finish(false);
-        break;
-    default:
-        break;
-    }
-    return 1;
-}
-
 // The height is taken before any hold opens: a refused press leaves no hold behind and
 // prepares no point.
 int DeformScaleMouseProc::pressed(IPoint2 m) {
@@ -80,7 +50,7 @@ int DeformScaleMouseProc::pressed(IPoint2 m) {
     return 1;
 }
 
-void DeformScaleMouseProc::drag(IPoint2 m) {
+void DeformScaleMouseProc::drag(int, IPoint2 m) {
     CurveCtlWindow& w = *window;
     CurveControl& control = *w.Control();
     const TimeValue t = Now();
