@@ -49,6 +49,8 @@ count_junit() {
             if (match($0, /status="[a-z]+"/)) status = substr($0, RSTART + 8, RLENGTH - 9)
         }
         /\[doctest\] test cases:/ {
+            # The summary of the program itself comes last; earlier ones are of child runs.
+            tp = 0; tf = 0
             line = $0
             sub(/.*\[doctest\] test cases:/, "", line)
             n = split(line, part, "|")
@@ -83,7 +85,10 @@ run_preset() {
 
     local junit=$logs/$preset.junit.xml
     rm -f "$junit"
-    local ctest=(ctest --preset "$preset" --output-junit "$junit")
+    # The whole output of every test program goes to the JUnit file (CTest keeps only
+    # the first kilobyte of a passed test's output by default): its summary is at the end.
+    local ctest=(ctest --preset "$preset" --output-junit "$junit"
+                 --test-output-size-passed 8000000 --test-output-size-failed 8000000)
     if [ "$preset" = windows ] && [ -z "${DISPLAY:-}" ]; then
         # One X server for the whole run; the Windows programs share it.
         ctest=(xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" "${ctest[@]}")
