@@ -126,6 +126,31 @@ void fillCurve(Curve& c, int index, std::mt19937& rng) {
     c.InvalidateCache();
 }
 
+/// One step of a drag in tool mode `tool`: the press on the middle point of curve 0, a
+/// first move 6 pixels up that starts the drag, then moves that alternate between 4 and 6
+/// pixels above the press. Returns the CPU time per step; prints where the point went.
+double dragStep(CurveControl& control, CurveCtlWindow& editor, int tool, int reps,
+                const char* label) {
+    HWND graph = editor.Graph().Handle();
+    control.SetToolMode(tool);
+    const Point2 before = control.GetCurveObject(0)->CachedPosition(0, kPoints / 2);
+    const IPoint2 grip = GraphCurveScreen(editor).Pixel(before.x, before.y);
+    const auto at = [](int x, int y) { return LPARAM(MAKELONG(WORD(short(x)), WORD(short(y)))); };
+    SendMessageA(graph, WM_LBUTTONDOWN, MK_LBUTTON, at(grip.x, grip.y));
+    SendMessageA(graph, WM_MOUSEMOVE, MK_LBUTTON, at(grip.x, grip.y - 6));
+    int step = 0;
+    const double perStep = fastest(reps, 20, [&] {
+        const int up = (++step & 1) ? 4 : 6;
+        SendMessageA(graph, WM_MOUSEMOVE, MK_LBUTTON, at(grip.x, grip.y - up));
+    });
+    SendMessageA(graph, WM_LBUTTONUP, 0, at(grip.x, grip.y - 6));
+    pump();
+    const Point2 after = control.GetCurveObject(0)->CachedPosition(0, kPoints / 2);
+    std::fprintf(stderr, "%s: point %d of curve 0 from (%g, %g) to (%g, %g)\n", label, kPoints / 2,
+                 before.x, before.y, after.x, after.y);
+    return perStep;
+}
+
 } // namespace
 
 int main() {
@@ -202,9 +227,7 @@ int main() {
         found += size_t(h.hits.Count());
     std::fprintf(stderr, "region: %zu points on %zu curves\n", found, hits.size());
 
-    // A move drag of every point: all selected, the press on a point in the middle of
-    // curve 0, then moves that alternate between two rows 4 and 6 pixels above it (the
-    // first move, 6 pixels, starts the drag). The points become corner points: at this
+    // A move drag of every point, all selected. The points become corner points: at this
     // zoom a Bezier point's handles lie within a pixel of it, and a press there would grip
     // the handles instead.
     for (int i = 0; i < kCurves; ++i) {
@@ -214,41 +237,11 @@ int main() {
             flags = (flags & ~uint32_t(KNOT_BEZIER)) | KNOT_CORNER | KNOT_SELECTED;
         }
     }
-    control->SetToolMode(CC_TOOL_MOVE_XY);
-    const Point2 gripped = control->GetCurveObject(0)->CachedPosition(0, kPoints / 2);
-    const IPoint2 grip = GraphCurveScreen(*editor).Pixel(gripped.x, gripped.y);
-    const auto at = [](int x, int y) { return LPARAM(MAKELONG(WORD(short(x)), WORD(short(y)))); };
-    SendMessageA(graph, WM_LBUTTONDOWN, MK_LBUTTON, at(grip.x, grip.y));
-    SendMessageA(graph, WM_MOUSEMOVE, MK_LBUTTON, at(grip.x, grip.y - 6));
-    int step = 0;
-    const double drag = fastest(reps, 20, [&] {
-        const int up = (++step & 1) ? 4 : 6;
-        SendMessageA(graph, WM_MOUSEMOVE, MK_LBUTTON, at(grip.x, grip.y - up));
-    });
-    SendMessageA(graph, WM_LBUTTONUP, 0, at(grip.x, grip.y - 6));
-    pump();
+    const double drag = dragStep(*control, *editor, CC_TOOL_MOVE_XY, reps, "drag");
     report("drag_step_16x1000", drag, 16e6);
-    const Point2 moved = control->GetCurveObject(0)->CachedPosition(0, kPoints / 2);
-    std::fprintf(stderr, "drag: point %d of curve 0 from (%g, %g) to (%g, %g)\n", kPoints / 2,
-                 gripped.x, gripped.y, moved.x, moved.y);
-
-    // A scale drag of the same selection: the press on the same point, moves alternating
-    // between two rows above it.
-    control->SetToolMode(CC_TOOL_SCALE);
-    const Point2 before = control->GetCurveObject(0)->CachedPosition(0, kPoints / 2);
-    const IPoint2 scaleGrip = GraphCurveScreen(*editor).Pixel(before.x, before.y);
-    SendMessageA(graph, WM_LBUTTONDOWN, MK_LBUTTON, at(scaleGrip.x, scaleGrip.y));
-    SendMessageA(graph, WM_MOUSEMOVE, MK_LBUTTON, at(scaleGrip.x, scaleGrip.y - 6));
-    const double scaleStep = fastest(reps, 20, [&] {
-        const int up = (++step & 1) ? 4 : 6;
-        SendMessageA(graph, WM_MOUSEMOVE, MK_LBUTTON, at(scaleGrip.x, scaleGrip.y - up));
-    });
-    SendMessageA(graph, WM_LBUTTONUP, 0, at(scaleGrip.x, scaleGrip.y - 6));
-    pump();
+    // A scale drag of the same selection, pressed on the same point.
+    const double scaleStep = dragStep(*control, *editor, CC_TOOL_SCALE, reps, "scale");
     report("scale_step_16x1000", scaleStep, 16e6);
-    const Point2 after = control->GetCurveObject(0)->CachedPosition(0, kPoints / 2);
-    std::fprintf(stderr, "scale: point %d of curve 0 from (%g, %g) to (%g, %g)\n", kPoints / 2,
-                 before.x, before.y, after.x, after.y);
 
     control->SetEditorOpen(FALSE);
     control->DeleteThis();

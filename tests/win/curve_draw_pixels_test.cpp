@@ -97,15 +97,17 @@ std::vector<CurveKnot> crowdedPoints() {
     return knots;
 }
 
-CurveScreen crowdedScreen() {
+CurveScreen screen(RECT rect, float xScale, int xScroll, float yScale) {
     CurveScreen s;
-    s.rect = RECT{0, 6, 400, 250};
-    s.xScale = 2.3f;
-    s.xScroll = -5;
-    s.yScale = 1.1f;
+    s.rect = rect;
+    s.xScale = xScale;
+    s.xScroll = xScroll;
+    s.yScale = yScale;
     s.yScroll = 0;
     return s;
 }
+
+CurveScreen crowdedScreen() { return screen(RECT{0, 6, 400, 250}, 2.3f, -5, 1.1f); }
 
 /// Draws `c` both ways on two canvases of `kind`, each prepared by `prepare`, and returns
 /// how many pixels differ.
@@ -200,12 +202,7 @@ TEST_CASE_FIXTURE(edtest::EditorFixture, "markers hanging over the edges of the 
                   Knot(30, -130, sel), Knot(60, 131, KNOT_CORNER),
                   Knot(99, -118, bez | sel, Point2(-2.0f, 0.0f), Point2(2.0f, -9.0f)),
                   Knot(100, 2, sel)});
-    CurveScreen s;
-    s.rect = RECT{0, 0, Canvas::kW, Canvas::kH - 1};
-    s.xScale = 4.2f;
-    s.xScroll = 1;
-    s.yScale = 1.0f;
-    s.yScroll = 0;
+    CurveScreen s = screen(RECT{0, 0, Canvas::kW, Canvas::kH - 1}, 4.2f, 1, 1.0f);
     CHECK(differences(one.curve(), s) == 0);
     CHECK(differences(one.curve(), s, Canvas::BottomUp) == 0);
     // Far beyond any bitmap: what GDI makes of such coordinates, if anything.
@@ -218,12 +215,7 @@ TEST_CASE_FIXTURE(edtest::EditorFixture, "runs along an axis or a diagonal draw 
     // At equal scales a straight point-to-point segment at 45 degrees is all diagonal
     // pieces; a steep saw is mostly vertical ones, and a flat curve horizontal ones. The
     // bends between them keep their pieces.
-    CurveScreen s;
-    s.rect = RECT{0, 0, 400, 250};
-    s.xScale = 2.0f;
-    s.xScroll = -10;
-    s.yScale = 2.0f;
-    s.yScroll = 0;
+    CurveScreen s = screen(RECT{0, 0, 400, 250}, 2.0f, -10, 2.0f);
     SUBCASE("diagonals") {
         OneCurve one({Knot(0, -50), Knot(50, 0), Knot(70, -20), Knot(100, 10)});
         CHECK(differences(one.curve(), s) == 0);
