@@ -166,6 +166,11 @@ public:
     /// vpos as stored, or (inPixels) Y0 = trunc((Hm + 1) * vpos * 0.01) with bit 0 clear.
     int GetVerticalOffset(bool inPixels) const;
     void SetVerticalOffset(int value, bool inPixels);
+    /// Both offsets in pixels (X0, Y0): the view a pan or zoom started from.
+    void SetOffsets(int x0, int y0) {
+        SetHorizontalOffset(x0);
+        SetVerticalOffset(y0, true);
+    }
     void UpdateHorizontalRange(int expandOnly);
     void UpdateVerticalRange(TimeValue time);
     /// Lowest and highest value of all curves at `time` (0, 0 without curves).
@@ -178,6 +183,8 @@ public:
     /// Marks the caches invalid and invalidates the graph and the ruler (erasing only
     /// without double buffering); resets the last cursor position.
     void RefreshView();
+    /// RefreshView, then the ruler and the graph painted at once (live pans and zooms).
+    void RefreshViewNow();
     /// The frame's repaint request (message 0x2400): as RefreshView, never erasing.
     void RepaintRequest();
     /// @}

@@ -268,6 +268,13 @@ void CurveCtlWindow::RefreshView() {
         InvalidateRect(strip_->Handle(), nullptr, erase);
 }
 
+void CurveCtlWindow::RefreshViewNow() {
+    RefreshView();
+    if (strip_)
+        UpdateWindow(strip_->Handle());
+    UpdateWindow(graph_.Handle());
+}
+
 void CurveCtlWindow::RepaintRequest() {
     paint_.graphValid = 0;
     InvalidateRect(graph_.Handle(), nullptr, FALSE);

@@ -23,14 +23,10 @@ int DeformPanMouseProc::proc(HWND, int msg, int point, int, IPoint2 m) {
         SetCursor(LoadEditorResources().panCursor);
         SetScrollPos(w.HorizontalBar(), SB_CTL, viewmode::PannedHpos(startX0, start.x - m.x), TRUE);
         w.SetVerticalOffset(viewmode::PannedY0(startY0, start.y - m.y), true);
-        w.RefreshView();
-        if (w.Strip())
-            UpdateWindow(w.Strip()->Handle());
-        UpdateWindow(w.Graph().Handle());
+        w.RefreshViewNow();
         break;
     case MOUSE_ABORT:
-        w.SetHorizontalOffset(startX0);
-        w.SetVerticalOffset(startY0, true);
+        w.SetOffsets(startX0, startY0);
         w.RefreshView();
         break;
     case MOUSE_FREEMOVE:

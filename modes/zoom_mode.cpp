@@ -54,18 +54,14 @@ int DeformZoomMouseProc::proc(HWND hwnd, int msg, int point, int flags, IPoint2 
             SetScrollPos(w.HorizontalBar(), SB_CTL,
                          viewmode::ZoomedHpos(anchor.x, f, startXScale, startX0), TRUE);
         }
-        w.RefreshView();
-        if (w.Strip())
-            UpdateWindow(w.Strip()->Handle());
-        UpdateWindow(w.Graph().Handle());
+        w.RefreshViewNow();
         break;
     }
 
     case MOUSE_ABORT:
         scale.ys = CurveCtlWindow::ClampYScale(startYScale);
         scale.xs = CurveCtlWindow::ClampXScale(startXScale);
-        w.SetHorizontalOffset(startX0);
-        w.SetVerticalOffset(startY0, true);
+        w.SetOffsets(startX0, startY0);
         w.RefreshView();
         break;
 
