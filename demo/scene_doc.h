@@ -4,7 +4,7 @@
 
 #include "host/animatable.h"
 #include "host/scene.h"
-#include "sdk/view_effect.h"
+#include "host/view_effect.h"
 
 #include <functional>
 #include <string>

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "host/core_interface.h"
+#include "host/view_effect.h"
 #include "host/win_types.h"
-#include "sdk/view_effect.h"
 
 #include <cstdint>
 #include <functional>

@@ -2,7 +2,7 @@
 #include "editor_probe.h"
 
 #include "host/animatable.h"
-#include "sdk/view_effect.h"
+#include "host/view_effect.h"
 
 #include <cmath>
 #include <cstring>
