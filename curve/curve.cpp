@@ -274,14 +274,14 @@ CurveKnot Curve::GetKnot(TimeValue t, int i, Interval& valid) {
 }
 
 void Curve::SetEndBehaviour(int mode) {
-    if (mode == 0) {
+    if (mode == CURVE_END_LINEAR) {
         curveFlags_ = (curveFlags_ & ~0x4u) | 0x2u;
-    } else if (mode == 1) {
+    } else if (mode == CURVE_END_HOLD) {
         curveFlags_ = (curveFlags_ & ~0x2u) | 0x4u;
     }
 }
 
-int Curve::GetEndBehaviour() { return (curveFlags_ & 0x4) ? 1 : 0; }
+int Curve::GetEndBehaviour() { return (curveFlags_ & 0x4) ? CURVE_END_HOLD : CURVE_END_LINEAR; }
 
 void Curve::SetLookupSize(int n) {
     if (n == lookupSize_)

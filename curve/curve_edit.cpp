@@ -633,7 +633,8 @@ void Curve::SetKnot(TimeValue t, int i, const CurveKnot& knot, BOOL checkConstra
     if ((old ^ knot.flags) & KNOT_SELECTED) {
         BitArray bit(count_);
         bit.Set(i);
-        SetSelectionEx(bit, (knot.flags & KNOT_SELECTED) ? 1 : 2, notify);
+        SetSelectionEx(bit, (knot.flags & KNOT_SELECTED) ? CURVE_SELECT_ADD : CURVE_SELECT_REMOVE,
+                       notify);
     }
 
     if (Different(knot.inTan, points_[i].inTan)) {

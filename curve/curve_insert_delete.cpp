@@ -128,7 +128,7 @@ int Curve::InsertKnotAtX(TimeValue t, int i, float x, int kind) {
     SetOutHandle(t, i, out, TRUE, TRUE);
     SetInHandle(t, j, in, TRUE, TRUE);
 
-    SetSelectionEx(BitArray(), 4, FALSE);
+    SetSelectionEx(BitArray(), CURVE_SELECT_REPLACE, FALSE);
 
     const CurveKnot knot =
         bezier ? CurveKnot(s, q012 - s, q123 - s, KNOT_SELECTED | KNOT_TYPE_BEZIER_SMOOTH)

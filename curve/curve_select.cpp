@@ -12,23 +12,24 @@
 
 using namespace curve_edit;
 
-// Modes: 1 adds `sel` to the selection, 2 removes it, 4 replaces the selection by it (an
-// empty `sel` clears it); any other mode changes nothing. Bits beyond the point count are
+// Modes: CURVE_SELECT_ADD adds `sel` to the selection, CURVE_SELECT_REMOVE removes it,
+// CURVE_SELECT_REPLACE replaces the selection by it (an empty `sel` clears it); any other
+// mode changes nothing. Bits beyond the point count are
 // ignored and missing bits count as clear.
 //
 // A change that changes nothing puts no record, so a click that leaves the selection as
 // it was leaves no empty "Select" step behind. The client hears the number of selected
 // points afterwards unless the selection was and stays empty, or `notify` is off.
 void Curve::SetSelectionEx(const BitArray& sel, int mode, BOOL notify) {
-    if (mode != 1 && mode != 2 && mode != 4)
+    if (mode != CURVE_SELECT_ADD && mode != CURVE_SELECT_REMOVE && mode != CURVE_SELECT_REPLACE)
         return;
     const BitArray before = GetSelection();
     BitArray after(count_);
     for (int i = 0; i < count_; ++i) {
         bool on = before[i] != 0;
-        if (mode == 1)
+        if (mode == CURVE_SELECT_ADD)
             on = on || sel[i];
-        else if (mode == 2)
+        else if (mode == CURVE_SELECT_REMOVE)
             on = on && !sel[i];
         else
             on = sel[i] != 0;

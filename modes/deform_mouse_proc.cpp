@@ -38,9 +38,9 @@ constexpr int kRegionUnselectedRequest =
 constexpr int kRegionAllRequest = CURVE_HIT_REGION | CURVE_HIT_POINTS; // 0x810
 
 /// Selection modes of Curve::SetSelectionEx.
-constexpr int kAdd = 1;
-constexpr int kRemove = 2;
-constexpr int kReplace = 4;
+constexpr int kAdd = CURVE_SELECT_ADD;
+constexpr int kRemove = CURVE_SELECT_REMOVE;
+constexpr int kReplace = CURVE_SELECT_REPLACE;
 
 /// String of the selection's undo step, "Select".
 constexpr int kSelectName = 35;

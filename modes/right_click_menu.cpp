@@ -99,11 +99,11 @@ void selectOnly(CurveCtlWindow& w, int curveIndex, int index) {
     theHold.Begin();
     for (int i = 0; i < control.GetCurveCount(); ++i)
         if (Curve* c = control.GetCurveObject(i))
-            c->SetSelectionEx(BitArray(c->PointCount()), 4, TRUE);
+            c->SetSelectionEx(BitArray(c->PointCount()), CURVE_SELECT_REPLACE, TRUE);
     if (Curve* c = control.GetCurveObject(curveIndex)) {
         BitArray bit(c->PointCount());
         bit.Set(index);
-        c->SetSelectionEx(bit, 1, TRUE);
+        c->SetSelectionEx(bit, CURVE_SELECT_ADD, TRUE);
     }
     theHold.Accept(GetResString(kSelectName));
     w.RedrawGraph();

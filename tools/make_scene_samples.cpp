@@ -59,7 +59,7 @@ void sampleCurve(Curve& c) {
     k[2] = CurveKnot(Point2(1.0f, 0.5f), Point2(-0.25f, 0.0f), Point2(), 0x302);
     c.InvalidateCache();
     c.SetPen(RGB(200, 30, 30), 2, 0);
-    c.SetEndBehaviour(1);
+    c.SetEndBehaviour(CURVE_END_HOLD);
 }
 
 /// A control with three curves; curve 1 has an animated point with two keys.

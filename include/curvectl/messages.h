@@ -1,6 +1,12 @@
-// Messages that a curve control sends, with SendMessage, to the window a client names
-// with ICurveCtl::SetNotifyWindow. For the five curve messages lParam is the ICurve that
-// changed and the point index stands in the low 16 bits of wParam.
+/// @file
+/// Messages that a curve control sends, with SendMessage, to the window a client names
+/// with ICurveCtl::SetNotifyWindow. For the five curve messages lParam is the ICurve that
+/// changed and the point index stands in the low 16 bits of wParam.
+///
+/// They arrive on the user-interface thread, synchronously, from inside the operation
+/// that causes them, after the change is made and recorded: a handler that reads the
+/// curve sees its new state. The handler's result is ignored. A handler must not delete
+/// the curve or the control. The ICurve in lParam is valid while the handler runs.
 #pragma once
 
 /// wParam: number of points selected after the change.
@@ -14,7 +20,11 @@
 #define CURVE_MSG_POINT_DELETED 0x2F73
 /// wParam: index of the new point; followed by CURVE_MSG_SELECTION with 1.
 #define CURVE_MSG_POINT_INSERTED 0x2F74
-/// The editor's mouse buttons: wParam and lParam of the original mouse message.
-#define CURVE_MSG_LBUTTONDOWN 0x2F75
-#define CURVE_MSG_RBUTTONDOWN 0x2F76
-#define CURVE_MSG_LBUTTONUP 0x2F77
+/// @name The editor's mouse buttons
+/// wParam and lParam of the original mouse message (key state; the pointer in client
+/// coordinates of the editor window that received it), sent after the editor handled it.
+/// @{
+#define CURVE_MSG_LBUTTONDOWN 0x2F75 ///< The left button went down.
+#define CURVE_MSG_RBUTTONDOWN 0x2F76 ///< The right button went down.
+#define CURVE_MSG_LBUTTONUP 0x2F77   ///< The left button went up.
+/// @}
