@@ -17,6 +17,7 @@ packages=(
     xvfb
     xauth
     doctest-dev
+    doxygen                     # the API reference (windows preset), checked for warnings
 )
 
 missing=()

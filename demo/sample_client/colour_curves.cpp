@@ -5,7 +5,6 @@
 #include "colour_panel.h"
 #include "curve_filter.h"
 #include "host/chunk_values.h"
-#include "host/class_desc.h"
 #include "picture.h"
 
 #include <new>
@@ -16,25 +15,16 @@ namespace {
 constexpr USHORT kVersionChunk = 0x0100;
 constexpr int32_t kFormatVersion = 1;
 
-/// A new curve control, made through the module's class descriptor as every client makes
-/// one: the client never links to the module. Null when the module is not loaded.
-ICurveCtl* NewCurveControl() {
-    ClassDesc* desc =
-        ClassDirectory::Get().FindClass(CURVE_CONTROL_SUPER_CLASS_ID, CURVE_CONTROL_CLASS_ID);
-    if (!desc)
-        return nullptr;
-    // The descriptor hands out the object as its ReferenceTarget base, which ICurveCtl
-    // derives from.
-    auto* made = static_cast<ReferenceTarget*>(desc->Create(FALSE));
-    return made ? static_cast<ICurveCtl*>(made) : nullptr;
-}
-
 } // namespace
 
 ColourCurves::ColourCurves(BOOL loading) {
     if (loading)
         return; // the loader restores the control as reference 0
-    if (ICurveCtl* control = NewCurveControl()) {
+    // Made through the module's class descriptor: the client never links to the module.
+    // Null when the curve control module is not loaded.
+    if (ICurveCtl* control = curvectl::CreateCurveControl()) {
+        // SetReference registers this object as the control's client first, so that
+        // SetCurveCount below can ask it to shape every new curve.
         ReplaceReference(0, control);
         ConfigureNewControl();
     }
@@ -42,15 +32,13 @@ ColourCurves::ColourCurves(BOOL loading) {
 
 ColourCurves::~ColourCurves() {
     panel_.reset();
-    // Undo records may keep the control alive a little longer than this effect.
-    if (control_)
-        control_->RegisterClientObject(nullptr);
+    // Undo records may keep the control alive longer than this effect; the registration
+    // tells it that its client is gone (here, through SetReference, or at the latest when
+    // the registration itself goes).
     DeleteAllRefsFromMe();
 }
 
 void ColourCurves::ConfigureNewControl() {
-    // The client object first: SetCurveCount asks it to shape every new curve.
-    control_->RegisterClientObject(this);
     control_->SetTitle("Colour Curves");
     control_->SetXRange(0.0f, 1.0f, FALSE);
     control_->SetYRange(0.0f, 1.0f);
@@ -91,13 +79,10 @@ void ColourCurves::SetReference(int i, RefTargetHandle target) {
     if (i != 0)
         return;
     // A damaged scene could hold another class here: only a curve control is taken.
-    control_ = target && target->ClassID() == CURVE_CONTROL_CLASS_ID
-                   ? static_cast<ICurveCtl*>(target)
-                   : nullptr;
+    control_ = curvectl::AsCurveControl(target);
     // The client object is not a reference of the control; a control restored by a scene
-    // or by undo is told again who its client is.
-    if (control_)
-        control_->RegisterClientObject(this);
+    // or by undo is told again who its client is, and one that goes is told it has none.
+    registration_.Attach(control_);
 }
 
 RefResult ColourCurves::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage,

@@ -12,8 +12,9 @@
 //   picture.cpp               the picture itself, drawn by code
 #pragma once
 
+#include "curvectl/client.h"
 #include "curvectl/icurvectl.h"
-#include "sdk/view_effect.h"
+#include "host/view_effect.h"
 
 #include <memory>
 
@@ -79,7 +80,8 @@ private:
     /// the control shapes through NewCurveCreated.
     void ConfigureNewControl();
 
-    ICurveCtl* control_ = nullptr;       // reference 0
+    ICurveCtl* control_ = nullptr;                    // reference 0
+    curvectl::ClientRegistration registration_{this}; // registers this object with control_
     std::unique_ptr<ColourPanel> panel_; // the command-panel UI while parameters are edited
 };
 
