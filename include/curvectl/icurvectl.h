@@ -227,22 +227,42 @@ public:
 /// The control calls these on the user-interface thread, from inside the operation that
 /// needs them; the ICurveCtl argument is the calling control. A client must not delete
 /// the control or its curves from a callback.
+///
+/// Its table holds exactly these four operations, in this slot order, and nothing else:
+/// 0 GetCurveButtonImages, 1 GetCurveButtonText, 2 ResetCurve, 3 NewCurveCreated. A client
+/// written in another language (or in C) builds the same table as a plain structure of
+/// four function pointers, each taking the interface pointer first. So the interface
+/// declares no virtual destructor (which would take slots of its own ahead of the
+/// operations): the destructor is protected and not virtual, and the control never
+/// deletes a client interface. The client owns and deletes its object as its own type.
 class ICurveCtlClient {
 public:
-    virtual ~ICurveCtlClient() = default;
-    /// Supplies the image list of the curve display buttons; FALSE keeps the built-in one.
+    /// Slot 0. Supplies the image list of the curve display buttons; FALSE keeps the
+    /// built-in one.
     /// Called when the editor builds its curve buttons: write the list to `*images` and
     /// answer TRUE. Image i is curve i's button (16 x 15 pixels). The control keeps the
     /// handle and does not destroy it: keep the list alive while any editor may show it.
     virtual BOOL GetCurveButtonImages(HIMAGELIST* images, ICurveCtl* control) = 0;
-    /// Supplies the tooltip of curve i's display button; TRUE when `text` was written.
+    /// Slot 1. Supplies the tooltip of curve i's display button; TRUE when `text` was
+    /// written.
     /// Called for each curve when the editor builds its buttons; FALSE keeps the default.
     virtual BOOL GetCurveButtonText(int i, CStr& text, ICurveCtl* control) = 0;
-    /// Resets curve i to the client's default shape.
+    /// Slot 2. Resets curve i to the client's default shape.
     /// Called by ICurveCtl::ResetSelectedCurves (the editor's "Reset Curves") for each
     /// displayed curve, inside its undo step: the changes made here are undone with it.
     virtual void ResetCurve(int i, ICurveCtl* control) = 0;
-    /// Curve i was just created by SetCurveCount.
+    /// Slot 3. Curve i was just created by SetCurveCount.
     /// Give it its pens, points and settings here (`control->GetCurve(i)`).
     virtual void NewCurveCreated(int i, ICurveCtl* control) = 0;
+
+protected:
+    /// Made only as a base of the client's own object.
+    ICurveCtlClient() = default;
+    /// Copied only with the client's own object.
+    ICurveCtlClient(const ICurveCtlClient&) = default;
+    /// Assigned only with the client's own object.
+    ICurveCtlClient& operator=(const ICurveCtlClient&) = default;
+    /// Not virtual, and not public: the control never deletes a client interface, and
+    /// `delete` through one does not compile.
+    ~ICurveCtlClient() = default;
 };
