@@ -139,7 +139,11 @@ public:
     Point2 SegmentPoint(TimeValue t, int i, float u);
     /// Resolved position of point i at t; (0, 0) for an index out of range.
     Point2 CachedPosition(TimeValue t, int i);
-    /// Resolved absolute handles of point i; (0, 0) for an index out of range.
+    /// Absolute handles of point i: its resolved position plus its tangent; (0, 0) for an
+    /// index out of range. For an end point pinned to a range end away from its stored x
+    /// these differ from the handles its segment is drawn and solved with, which keep the
+    /// stored x; the continuation outside the range, move ranges, handle drags and
+    /// insertion all measure from these.
     Point2 CachedInHandle(TimeValue t, int i);
     Point2 CachedOutHandle(TimeValue t, int i);
     /// Move limits of point i from the cache: right, left, up and down room (all 0 for an
@@ -309,6 +313,8 @@ private:
     // --- Evaluation cache (curve_eval.cpp) -----------------------------------------------
     /// Builds a cache state for t from the point table; caller holds the cache lock.
     std::unique_ptr<curve_eval::CacheState> buildCacheState(TimeValue t);
+    /// Fills `s.queryHandles` from its records and the point table; false when out of memory.
+    bool placeQueryHandles(curve_eval::CacheState& s) const;
     /// The state for t, rebuilt when needed; counts one cache test (and one rebuild).
     const curve_eval::CacheState* acquireState(curve_eval::EvalCache::Reader& r, TimeValue t);
     /// acquireState's locked half: the test again, and the rebuild.

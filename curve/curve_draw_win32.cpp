@@ -207,8 +207,8 @@ void Curve::DrawCurve(TimeValue t, HDC hdc, const CurveScreen& screen, int index
             for (const bool in : {true, false}) {
                 if (!cyclic && (in ? i == 0 : i == n - 1))
                     continue;
-                const IPoint2 h =
-                    in ? curve_pixels::InHandle(screen, k) : curve_pixels::OutHandle(screen, k);
+                const IPoint2 h = in ? curve_pixels::InHandle(screen, *s, i)
+                                     : curve_pixels::OutHandle(screen, *s, i);
                 square(h, kHandleLo, kHandleHi, black);
                 handleLine(hdc, h, p);
                 fill.AfterGdi();

@@ -225,11 +225,16 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
 
     const OwnerSettings o = ReadOwner(owner_);
     // End points sit on the range ends; their handles keep the x they had.
+    bool handlesApart = false; // a record's handles no longer equal position + tangent
+    auto pin = [&](CachedKnot& r, float x) {
+        handlesApart |= !(r.px == x);
+        r.px = x;
+    };
     if (!IsCyclic() && n >= 1) {
         if (!(points_[0].flags & KNOT_FREE_END_X))
-            k[0].px = o.x.x;
+            pin(k[0], o.x.x);
         if (!(points_[n - 1].flags & KNOT_FREE_END_X))
-            k[n - 1].px = o.x.y;
+            pin(k[n - 1], o.x.y);
     }
 
     const float ylo = o.y.x, yhi = o.y.y;
@@ -251,6 +256,7 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
         }
         if (moved)
             RecomputeAround(k, n, i, ylo, yhi);
+        handlesApart |= moved;
     }
     // Backward: the same to the left and down.
     for (int i = n - 1; i >= 0; --i) {
@@ -265,7 +271,10 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
         }
         if (moved)
             RecomputeAround(k, n, i, ylo, yhi);
+        handlesApart |= moved;
     }
+    if (handlesApart && !placeQueryHandles(*s))
+        return nullptr;
 
     bool ordered = true;
     for (int i = 0; i + 1 < n && ordered; ++i)
@@ -278,6 +287,23 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
     s->SetValidity(valid);
     s->plainLookup = s->forever && n >= 2;
     return s;
+}
+
+// The cached-point queries answer a handle as the record's position plus the point's
+// tangent, while segments and move limits use the record's own handles: the two differ
+// for an end point pinned away from its stored x.
+bool Curve::placeQueryHandles(CacheState& s) const {
+    const int n = s.count;
+    s.queryHandles.reset(new (std::nothrow) Point2[2 * std::size_t(n)]);
+    if (!s.queryHandles)
+        return false;
+    for (int i = 0; i < n; ++i) {
+        const CachedKnot& r = s.knots[i];
+        const CurveKnot& p = points_[i];
+        s.queryHandles[2 * i] = Point2(r.px + p.inTan.x, r.py + p.inTan.y);
+        s.queryHandles[2 * i + 1] = Point2(r.px + p.outTan.x, r.py + p.outTan.y);
+    }
+    return true;
 }
 
 void Curve::Initialize(TimeValue t, Interval& valid) {
@@ -484,11 +510,13 @@ float Curve::valueAtGeneral(TimeValue t, float x, Interval& valid, BOOL useLooku
 
     const Point2 xr = ownerXRange(owner_);
     const bool holdEnds = (curveFlags_ & 0x4) != 0; // end behaviour 1
+    // The handles are those the cached-point queries answer (position + tangent).
     if (x > xr.y) {
         // Continue through the last point along its in-handle, or along the last segment's
         // chord when it is a pure corner or its handle does not reach left.
         const CachedKnot& a = k[n - 1];
-        float bx = a.inX, by = a.inY;
+        const Point2 in = s->InHandle(n - 1);
+        float bx = in.x, by = in.y;
         if (s->lastPureCorner || double(a.px - bx) <= kHandleReach) {
             bx = k[n - 2].px;
             by = k[n - 2].py;
@@ -499,7 +527,8 @@ float Curve::valueAtGeneral(TimeValue t, float x, Interval& valid, BOOL useLooku
     }
     if (x < xr.x) {
         const CachedKnot& a = k[0];
-        float bx = a.outX, by = a.outY;
+        const Point2 out = s->OutHandle(0);
+        float bx = out.x, by = out.y;
         if (s->firstPureCorner || double(bx - a.px) <= kHandleReach) {
             bx = k[1].px;
             by = k[1].py;
@@ -559,14 +588,14 @@ Point2 Curve::CachedPosition(TimeValue t, int i) {
 
 Point2 Curve::CachedInHandle(TimeValue t, int i) {
     EvalCache::Reader r(evalCache_);
-    const CachedKnot* k = recordAt(acquireState(r, t), i);
-    return k ? Point2(k->inX, k->inY) : Point2(0.0f, 0.0f);
+    const CacheState* s = acquireState(r, t);
+    return recordAt(s, i) ? s->InHandle(i) : Point2(0.0f, 0.0f);
 }
 
 Point2 Curve::CachedOutHandle(TimeValue t, int i) {
     EvalCache::Reader r(evalCache_);
-    const CachedKnot* k = recordAt(acquireState(r, t), i);
-    return k ? Point2(k->outX, k->outY) : Point2(0.0f, 0.0f);
+    const CacheState* s = acquireState(r, t);
+    return recordAt(s, i) ? s->OutHandle(i) : Point2(0.0f, 0.0f);
 }
 
 void Curve::CachedRoom(TimeValue t, int i, float& right, float& left, float& up, float& down) {

@@ -23,6 +23,7 @@
 //     just replaced), so memory stays bounded however often the curve is edited.
 #pragma once
 
+#include "host/geom.h"
 #include "host/interval.h"
 
 #include <atomic>
@@ -76,7 +77,20 @@ struct CacheState {
     bool firstPureCorner = false; // point 0 is KNOT_CORNER without KNOT_BEZIER
     bool lastPureCorner = false;  // the last point is
     std::unique_ptr<CachedKnot[]> knots; // count records
-    std::uint64_t serial = 0;            // this publication's number (set by Publish)
+    /// The handles the cached-point queries answer, in and out per record: the record's
+    /// position plus the point's tangent. Null while they equal the records' own handles
+    /// bit for bit, which they do unless an end point was pinned away from its stored x
+    /// (a pinned record's handles keep their x) or a pass moved a record (its handles
+    /// moved by the same amount, rounded on their own).
+    std::unique_ptr<Point2[]> queryHandles; // 2 * count entries, or null
+    /// What CachedInHandle / CachedOutHandle answer for record i.
+    Point2 InHandle(int i) const {
+        return queryHandles ? queryHandles[2 * i] : Point2(knots[i].inX, knots[i].inY);
+    }
+    Point2 OutHandle(int i) const {
+        return queryHandles ? queryHandles[2 * i + 1] : Point2(knots[i].outX, knots[i].outY);
+    }
+    std::uint64_t serial = 0; // this publication's number (set by Publish)
 
     /// The lookup table, null until first needed; set once under the cache lock.
     mutable std::atomic<const LookupTable*> lookup{nullptr};

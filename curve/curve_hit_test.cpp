@@ -137,14 +137,13 @@ int Curve::HitTestCurve(TimeValue t, const CurveScreen& screen, const Box2& box,
             const uint32_t flags = points_[i].flags;
             if (!(flags & KNOT_BEZIER) || !(flags & KNOT_SELECTED))
                 continue;
-            const CachedKnot& k = s->knots[i];
-            if ((cyclic || i > 0) && box.Contains(curve_pixels::InHandle(screen, k))) {
+            if ((cyclic || i > 0) && box.Contains(curve_pixels::InHandle(screen, *s, i))) {
                 append(i, KNOT_PART_IN_HANDLE);
                 result |= CURVE_HIT_RESULT_HANDLE;
                 if (stopAtFirst)
                     return CURVE_HIT_RESULT_HANDLE;
             }
-            if ((cyclic || i < n - 1) && box.Contains(curve_pixels::OutHandle(screen, k))) {
+            if ((cyclic || i < n - 1) && box.Contains(curve_pixels::OutHandle(screen, *s, i))) {
                 append(i, KNOT_PART_OUT_HANDLE);
                 result |= CURVE_HIT_RESULT_HANDLE;
                 if (stopAtFirst)

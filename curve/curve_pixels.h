@@ -14,9 +14,15 @@ using curve_eval::CacheState;
 constexpr int kSegmentPixels = kCurvePiecesPerSegment + 1;
 
 inline IPoint2 Position(const CurveScreen& s, const CachedKnot& k) { return s.Pixel(k.px, k.py); }
-inline IPoint2 InHandle(const CurveScreen& s, const CachedKnot& k) { return s.Pixel(k.inX, k.inY); }
-inline IPoint2 OutHandle(const CurveScreen& s, const CachedKnot& k) {
-    return s.Pixel(k.outX, k.outY);
+/// The handle markers of record i sit where the cached-point queries put the handles
+/// (CacheState::InHandle), so that what is drawn and hit is what a drag moves.
+inline IPoint2 InHandle(const CurveScreen& s, const CacheState& c, int i) {
+    const Point2 h = c.InHandle(i);
+    return s.Pixel(h.x, h.y);
+}
+inline IPoint2 OutHandle(const CurveScreen& s, const CacheState& c, int i) {
+    const Point2 h = c.OutHandle(i);
+    return s.Pixel(h.x, h.y);
 }
 
 /// The pixels of segment i (record i to record (i + 1) mod count): out[0] is point i,

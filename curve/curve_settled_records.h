@@ -51,10 +51,13 @@ private:
     };
     Inputs current() const;
     const curve_eval::CachedKnot* record(int i) const;
+    /// Makes record i (and its tangents) from point i of the table.
+    void take(int i, Interval& valid);
 
     Curve& c_;
     TimeValue t_;
     std::vector<curve_eval::CachedKnot> k_;
+    std::vector<Point2> tangents_; // in- and out-tangent of each record's point, as taken
     Inputs inputs_;
     bool following_ = false;
 };

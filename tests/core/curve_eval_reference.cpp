@@ -241,8 +241,9 @@ float ReferenceEvaluator::ValueAt(TimeValue t, float x, Interval& valid, BOOL us
         const int l = n - 1;
         float ax = rec(l, PX), ay = rec(l, PY), bx, by;
         if (!pureCorner(knots[l].flags)) {
-            bx = rec(l, IX);
-            by = rec(l, IY);
+            // L's cached in-handle: its position + inTan.
+            bx = rec(l, PX) + knots[l].inTan.x;
+            by = rec(l, PY) + knots[l].inTan.y;
             if (double(ax - bx) <= 0.0001) {
                 bx = rec(n - 2, PX);
                 by = rec(n - 2, PY);
@@ -257,7 +258,8 @@ float ReferenceEvaluator::ValueAt(TimeValue t, float x, Interval& valid, BOOL us
     }
     // 4.
     if (x < xlo) {
-        float ax = rec(0, PX), ay = rec(0, PY), bx = rec(0, OX), by = rec(0, OY);
+        float ax = rec(0, PX), ay = rec(0, PY);
+        float bx = rec(0, PX) + knots[0].outTan.x, by = rec(0, PY) + knots[0].outTan.y;
         if (pureCorner(knots[0].flags) || double(bx - ax) <= 0.0001) {
             bx = rec(1, PX);
             by = rec(1, PY);
@@ -295,14 +297,18 @@ Point2 ReferenceEvaluator::CachedInHandle(TimeValue t, int i) {
     EnsureCache(t);
     if (i < 0 || i >= pointCount())
         return Point2(0.0f, 0.0f);
-    return Point2(rec(i, IX), rec(i, IY));
+    // Record i's position + inTan of point i (not the record's own handle, whose x a
+    // pinned end point does not move).
+    const CurveKnot& k = curve_.Knots()[i];
+    return Point2(rec(i, PX) + k.inTan.x, rec(i, PY) + k.inTan.y);
 }
 
 Point2 ReferenceEvaluator::CachedOutHandle(TimeValue t, int i) {
     EnsureCache(t);
     if (i < 0 || i >= pointCount())
         return Point2(0.0f, 0.0f);
-    return Point2(rec(i, OX), rec(i, OY));
+    const CurveKnot& k = curve_.Knots()[i];
+    return Point2(rec(i, PX) + k.outTan.x, rec(i, PY) + k.outTan.y);
 }
 
 void ReferenceEvaluator::CachedRoom(TimeValue t, int i, float& right, float& left, float& up,

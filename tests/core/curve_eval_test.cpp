@@ -193,8 +193,15 @@ TEST_CASE_FIXTURE(Fixture, "end points are pinned to the range unless they carry
     Curve& c = *oc.curve;
     CHECK(c.CachedPosition(0, 0) == P(-2.0f, 0.5f));
     CHECK(c.CachedPosition(0, 2).x == 3.0f);
-    // Only the position moves: the handle keeps the x of the unpinned position.
-    CHECK(c.CachedOutHandle(0, 0) == P(0.3f + 0.1f, 0.5f + 0.2f));
+    // Only the record's position moves: the segment is solved with the handle at the x of
+    // the unpinned position (the segment's first control point after P0).
+    const float u = 0.5f, v = 1.0f - u;
+    const float p2x = 1.0f; // point 1 is a corner: its in-handle is its position
+    const float want =
+        ((-2.0f * v + 3.0f * u * (0.3f + 0.1f)) * v + 3.0f * u * u * p2x) * v + u * u * u * 1.0f;
+    CHECK(Bits(c.SegmentPoint(0, 0, u).x) == Bits(want));
+    // The cached out-handle is the record's position + outTan of the point.
+    CHECK(c.CachedOutHandle(0, 0) == P(-2.0f + 0.1f, 0.5f + 0.2f));
     oc.SetKnots({knot(0.3f, 0.5f, KNOT_TYPE_CORNER | KNOT_FREE_END_X), knot(1.0f, 1.0f),
                  knot(2.0f, 0.0f, KNOT_TYPE_CORNER | KNOT_FREE_END_X)});
     CHECK(c.CachedPosition(0, 0).x == 0.3f);
@@ -247,7 +254,13 @@ TEST_CASE_FIXTURE(Fixture,
     // Right room of point 1: 1 - (0.5 + 0.7) < 0: it moves left by that, its handle too.
     const float room = 1.0f - (0.5f + 0.7f);
     CHECK(oc.curve->CachedPosition(0, 1).x == 0.5f + room);
-    CHECK(oc.curve->CachedOutHandle(0, 1).x == (0.5f + 0.7f) + room);
+    CHECK(oc.curve->CachedOutHandle(0, 1).x == (0.5f + room) + 0.7f);
+    // The segment's control point moved by the same room: x 0.5 + 0.7, then + room.
+    const float u = 0.5f, v = 1.0f - u;
+    const float want =
+        ((((0.5f + room) * v + 3.0f * u * ((0.5f + 0.7f) + room)) * v + 3.0f * u * u * 1.0f) * v) +
+        u * u * u * 1.0f;
+    CHECK(Bits(oc.curve->SegmentPoint(0, 1, u).x) == Bits(want));
 }
 
 TEST_CASE_FIXTURE(Fixture,
@@ -256,7 +269,7 @@ TEST_CASE_FIXTURE(Fixture,
     on.SetKnots({knot(0, -0.5f, KNOT_TYPE_BEZIER_CORNER, P(0, 0), P(0.2f, 0.1f)), knot(0.5f, 1.5f),
                  knot(1, 0.5f)});
     CHECK(on.curve->CachedPosition(0, 0).y == 0.0f);
-    CHECK(on.curve->CachedOutHandle(0, 0).y == (-0.5f + 0.1f) + (0.0f - -0.5f)); // +0.5
+    CHECK(on.curve->CachedOutHandle(0, 0).y == 0.0f + 0.1f); // the pushed position + outTan
     CHECK(on.curve->CachedPosition(0, 1).y == 1.0f);
     OwnedCurve off(0.0f, 1.0f, 0.0f, 1.0f, CC_DEFAULT_FLAGS & ~CC_CONSTRAIN_Y);
     off.SetKnots({knot(0, -0.5f), knot(0.5f, 1.5f), knot(1, 0.5f)});
