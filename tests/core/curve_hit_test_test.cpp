@@ -235,6 +235,20 @@ TEST_SUITE("Curve::HitTestCurve") {
               Hits{{2, KNOT_PART_OUT_HANDLE}});
     }
 
+    TEST_CASE("the handle of an end point pinned away from its stored x is hit where a drag "
+              "takes it from") {
+        // The last point stored at x 80 with in-tangent (-5, 0), pinned to x 100: its
+        // in-handle is (95, 0), at (190, 54), not at the stored (75, 0), at (150, 54).
+        std::vector<CurveKnot> k = threePoints(false);
+        k[2] = knot(80, 0, KNOT_BEZIER | KNOT_SELECTED | KNOT_ENDPOINT, Point2(-5.0f, 0.0f));
+        OneCurve g(k);
+        const CurveScreen s = screen();
+        REQUIRE(g.curve().CachedInHandle(kT, 2) == Point2(95.0f, 0.0f));
+        CHECK(hitTest(g.curve(), s, IPoint2(190, 54), CURVE_HIT_HANDLES).hits ==
+              Hits{{2, KNOT_PART_IN_HANDLE}});
+        CHECK(hitTest(g.curve(), s, IPoint2(150, 54), CURVE_HIT_HANDLES).bits == 0);
+    }
+
     TEST_CASE("the curve is hit within 4 pixels of its pieces") {
         // A flat curve at y = 0: row 54 from column 0 to 200.
         OneCurve g({knot(0, 0, KNOT_CORNER | KNOT_ENDPOINT), knot(100, 0, KNOT_CORNER)});
