@@ -1,5 +1,6 @@
 // Helpers shared by the point-editing files of Curve (curve_edit.cpp, curve_knot_type.cpp,
-// curve_select.cpp, curve_insert_delete.cpp). Not part of the curve's interface.
+// curve_select.cpp, curve_insert_delete.cpp) and its loader (curve_io.cpp). Not part of the
+// curve's interface.
 //
 // Undo records of one hold. A DeformPtPosChange gathers every position and tangent change
 // of a hold into one record whose "after" arrays are rewritten as the hold goes on, and

@@ -18,6 +18,7 @@
 // file says can move a read outside its chunk.
 #include "curve/curve.h"
 
+#include "curve/curve_edit_detail.h"
 #include "curvectl/messages.h"
 #include "host/chunk_values.h"
 
@@ -205,29 +206,53 @@ IOResult Curve::loadCount(ILoad* iload) {
     return IO_OK;
 }
 
-// Chunk 0x1010, the older layout: every point in one chunk, set through the editing
-// operations so that clients hear about each point as they did when this layout was
-// current. A chunk shorter than the count ends the load at the first short read.
+// Chunk 0x1010, the older layout: every point in one chunk. A point loads exactly as the
+// same point of the current layout does (handles made relative to the point's own stored
+// position), and clients hear about each point as they did when this layout was current:
+// the point-changed message once its position is stored, then one tangent message whose
+// high word holds the change bits the handle setters would report (1 in, 2 out).
+//
+// Setting the handles through the handle setters instead, as edits are, would measure
+// each one from the point's position in the evaluation cache while the points after it
+// are still zero, where the ordering passes may have moved it: an interior point of a
+// file with three or more points came back with handles shifted by that move. A user's
+// old scene must open with the curves it had.
+//
+// A chunk shorter than the count ends the load at the first short read; what was read
+// before it stays.
 IOResult Curve::loadOldPoints(ILoad* iload) {
     for (int i = 0; i < count_; ++i) {
         Point2 pos, in, out;
         IOResult r = readPoint2(iload, pos);
         if (r != IO_OK)
             return r;
-        SetKnotPosition(0, i, pos);
+        if (points_ && i < count_) { // a client's message handler may have changed the table
+            auto tableLock = LockPointTable();
+            points_[i].pos = pos;
+            InvalidateCache();
+        }
+        SendClientMessage(CURVE_MSG_POINT_CHANGED, WPARAM(i & 0xFFFF));
         if ((r = readPoint2(iload, in)) != IO_OK)
             return r;
         if ((r = readPoint2(iload, out)) != IO_OK)
             return r;
-        const int inChanged = SetInHandle(0, i, in, FALSE, FALSE);
-        const int outChanged = SetOutHandle(0, i, out, TRUE, FALSE);
-        SendClientMessage(
-            CURVE_MSG_TANGENT_CHANGED,
-            WPARAM((unsigned(inChanged | outChanged) << 16) | (unsigned(i) & 0xFFFF)));
+        unsigned changed = 0;
+        if (points_ && i < count_) {
+            auto tableLock = LockPointTable();
+            CurveKnot& p = points_[i];
+            const Point2 inTan = in - p.pos, outTan = out - p.pos;
+            changed = (curve_edit::Different(p.inTan, inTan) ? 1u : 0u) |
+                      (curve_edit::Different(p.outTan, outTan) ? 2u : 0u);
+            p.inTan = inTan;
+            p.outTan = outTan;
+            InvalidateCache();
+        }
+        SendClientMessage(CURVE_MSG_TANGENT_CHANGED,
+                          WPARAM((changed << 16) | (unsigned(i) & 0xFFFF)));
         uint32_t flags = 0;
         if ((r = ReadLE32(iload, flags)) != IO_OK)
             return r;
-        if (points_) {
+        if (points_ && i < count_) {
             auto tableLock = LockPointTable();
             points_[i].flags = flags;
             InvalidateCache();

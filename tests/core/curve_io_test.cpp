@@ -2,6 +2,7 @@
 // layout, of chunks in another order or missing, and of damaged data.
 #include "control/curve_control.h"
 #include "curve/curve.h"
+#include "curve_eval_test_util.h"
 #include "curvectl/messages.h"
 #include "host/controller.h"
 #include "io_test_util.h"
@@ -280,27 +281,106 @@ TEST_CASE_FIXTURE(CoreFixture,
     CHECK_FALSE(modernObsolete);
 }
 
-TEST_CASE_FIXTURE(CoreFixture, "Curve load: older layout: interior handles are set as edits are") {
-    // Each handle goes through the handle setter, which measures it from the point's
-    // position in the evaluation cache at that moment, while the points after it are still
-    // zero. The positions and flags come back as saved; a message goes out per point.
+namespace {
+/// A curve of n points over the owner's x range 0 .. 2: Bezier-Smooth, Bezier-Corner and
+/// corner points in turn, handles of both signs, the ends stored away from the range ends
+/// (pinned, or free with `freeEnds`) so that the evaluation cache moves them.
+void fillForLayouts(Curve& c, int n, bool freeEnds) {
+    c.SetPointCount(n);
+    CurveKnot* k = c.Knots();
+    const uint32_t types[3] = {KNOT_BEZIER, KNOT_BEZIER | KNOT_CORNER, KNOT_CORNER};
+    for (int i = 0; i < n; ++i) {
+        const float x = 0.1f + 1.8f * float(i) / float(n - 1) + (i == n - 1 ? 0.3f : 0.0f);
+        const float y = 0.5f + 0.375f * float((i * 7) % 5) - 0.75f;
+        const uint32_t type = types[i % 3];
+        const bool corner = type == KNOT_CORNER;
+        const Point2 in = corner ? Point2() : Point2(-0.1875f - 0.01f * float(i), 0.0625f * i);
+        const Point2 out = corner ? Point2() : Point2(0.15625f + 0.02f * float(i), -0.125f);
+        uint32_t flags = type;
+        if (i == 0 || i == n - 1)
+            flags |= KNOT_ENDPOINT | (freeEnds ? KNOT_FREE_END_X : 0u);
+        if (i % 4 == 1)
+            flags |= KNOT_SELECTED;
+        k[i] = CurveKnot(Point2(x, y), in, out, flags);
+    }
+    c.InvalidateCache();
+}
+} // namespace
+
+TEST_CASE_FIXTURE(CoreFixture,
+                  "Curve load: the older layout loads the same points as the current layout") {
     CurveControl owner;
+    owner.SetXRange(0.0f, 2.0f, FALSE);
     testsupport::MessageRecorder recorder;
     owner.SetNotifyWindow(recorder.window());
-    Curve reference(&owner, 0);
-    fillSample(reference);
-    Curve loaded(&owner, 0);
-    recorder.Clear();
-    REQUIRE(LoadInto(&loaded, olderLayout(reference)) == IO_OK);
-    REQUIRE(loaded.PointCount() == 3);
-    for (int i = 0; i < 3; ++i) {
-        CHECK(loaded.Knots()[i].pos == reference.Knots()[i].pos);
-        CHECK(loaded.Knots()[i].flags == reference.Knots()[i].flags);
+    for (int n : {2, 3, 10}) {
+        for (bool freeEnds : {false, true}) {
+            CAPTURE(n);
+            CAPTURE(freeEnds);
+            Curve reference(&owner, 0);
+            fillForLayouts(reference, n, freeEnds);
+            Curve current(&owner, 0), older(&owner, 0);
+            REQUIRE(LoadInto(&current, SaveOf(&reference)) == IO_OK);
+            recorder.Clear();
+            REQUIRE(LoadInto(&older, olderLayout(reference)) == IO_OK);
+            REQUIRE(older.PointCount() == n);
+            REQUIRE(current.PointCount() == n);
+            for (int i = 0; i < n; ++i) {
+                CAPTURE(i);
+                const CurveKnot &a = older.Knots()[i], &b = current.Knots()[i];
+                CHECK(evaltest::Bits(a.pos.x) == evaltest::Bits(b.pos.x));
+                CHECK(evaltest::Bits(a.pos.y) == evaltest::Bits(b.pos.y));
+                CHECK(evaltest::Bits(a.inTan.x) == evaltest::Bits(b.inTan.x));
+                CHECK(evaltest::Bits(a.inTan.y) == evaltest::Bits(b.inTan.y));
+                CHECK(evaltest::Bits(a.outTan.x) == evaltest::Bits(b.outTan.x));
+                CHECK(evaltest::Bits(a.outTan.y) == evaltest::Bits(b.outTan.y));
+                CHECK(a.flags == b.flags);
+                // And within rounding the points that were saved.
+                CHECK(a.inTan.x == doctest::Approx(reference.Knots()[i].inTan.x));
+                CHECK(a.outTan.y == doctest::Approx(reference.Knots()[i].outTan.y));
+            }
+            // Both evaluate alike.
+            for (float x = -0.5f; x <= 2.5f; x += 0.125f) {
+                Interval v1 = FOREVER, v2 = FOREVER;
+                CHECK(evaltest::Bits(older.ValueAt(0, x, v1, FALSE)) ==
+                      evaltest::Bits(current.ValueAt(0, x, v2, FALSE)));
+            }
+            // Per point: the position message, then the tangent message with the handles
+            // that changed from the zeroed point.
+            std::vector<WPARAM> want;
+            for (int i = 0; i < n; ++i) {
+                const CurveKnot& k = reference.Knots()[i];
+                const bool corner = (k.flags & 3) == KNOT_CORNER;
+                want.push_back(WPARAM(corner ? 0 : 0x30000) | WPARAM(i));
+            }
+            CHECK(tangentMessages(recorder, &older) == want);
+            int positions = 0;
+            for (const testsupport::ClientMessage& m : recorder.messages)
+                positions += m.msg == CURVE_MSG_POINT_CHANGED ? 1 : 0;
+            CHECK(positions == n);
+        }
     }
-    const std::vector<WPARAM> messages = tangentMessages(recorder, &loaded);
-    REQUIRE(messages.size() == 3);
-    for (int i = 0; i < 3; ++i)
-        CHECK((messages[i] & 0xFFFF) == WPARAM(i));
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "Curve load: older layout: an interior point of a three-point file "
+                               "keeps its handles") {
+    // Point 1 at (1, 0.5) with in (-0.5, 0) and out (0.5, 0): stored as (0.5, 0.5) and
+    // (1.5, 0.5). While it loads, point 2 is still zero; the cache pins it to x 2 but its
+    // in-handle keeps x 0, so the backward pass moves point 1 to x 0. The handles are
+    // measured from the stored position all the same.
+    CurveControl owner;
+    owner.SetXRange(0.0f, 2.0f, FALSE);
+    const Bytes file =
+        Cat({MakeChunk(0x1000, LE(int32_t(3))),
+             MakeChunk(0x1010, Cat({record(0, 0, 0, 0, 0, 0, 0x102),
+                                    record(1, 0.5f, 0.5f, 0.5f, 1.5f, 0.5f, KNOT_BEZIER),
+                                    record(2, 1, 2, 1, 2, 1, 0x102)}))});
+    Curve loaded(&owner, 0);
+    REQUIRE(LoadInto(&loaded, file) == IO_OK);
+    REQUIRE(loaded.PointCount() == 3);
+    CHECK(loaded.Knots()[1].pos == Point2(1.0f, 0.5f));
+    CHECK(loaded.Knots()[1].inTan == Point2(-0.5f, 0.0f));
+    CHECK(loaded.Knots()[1].outTan == Point2(0.5f, 0.0f));
 }
 
 TEST_CASE_FIXTURE(CoreFixture, "Curve load: chunks in another order load the same fields") {
