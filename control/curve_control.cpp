@@ -11,6 +11,7 @@
 #include "plugin/res_string.h"
 
 #include <algorithm>
+#include <cmath>
 
 CurveControl::CurveControl() : shownCurves_(32), title_("Curve Control") {}
 
@@ -299,52 +300,58 @@ float mapX(float x, float low, float high, float oldLow, float oldHigh, float s)
 }
 } // namespace
 
+// A range without width, or with an end that is not a finite number, is ignored as
+// low > high is: the next rescale would divide by its width and turn every point into a
+// not-a-number. A range that came from a file without width (or inverted) has nothing to
+// map from, so the points then stay where they are.
+//
+// Rescaling goes through the operations that record the change (the point-position
+// setter and StoreTangents, one position record per curve in an open hold): the tangents
+// of a point first, so that its position message finds the point whole, and undo and
+// redo give back both states exactly.
 void CurveControl::SetXRange(float low, float high, BOOL rescale) {
-    if (low > high)
+    if (!(low < high) || !std::isfinite(low) || !std::isfinite(high))
         return;
     const float oldLow = xRange_.x, oldHigh = xRange_.y;
     const float s = (high - low) / (oldHigh - oldLow);
     xRange_ = Point2(low, high);
     SuspendAnimate();
     const TimeValue now = GetCOREInterface()->GetTime();
-    if (rescale) {
-        for (int c = 0; c < curves_.Count(); ++c) {
-            Curve* curve = curves_[c];
-            if (!curve || !curve->Knots())
-                continue;
-            for (int i = 0; i < curve->PointCount(); ++i) {
-                CurveKnot& k = curve->Knots()[i];
-                auto* ctrl = dynamic_cast<Control*>(curve->Controller(i));
-                // Handles follow in absolute position; a corner has no handles to keep.
-                if ((k.flags & KNOT_TYPE_MASK) != KNOT_TYPE_CORNER) {
-                    const float px = mapX(k.pos.x, low, high, oldLow, oldHigh, s);
-                    k.inTan.x = mapX(k.pos.x + k.inTan.x, low, high, oldLow, oldHigh, s) - px;
-                    k.outTan.x = mapX(k.pos.x + k.outTan.x, low, high, oldLow, oldHigh, s) - px;
-                }
-                if (!ctrl) {
-                    Point2 p = k.pos;
-                    p.x = mapX(p.x, low, high, oldLow, oldHigh, s);
-                    curve->SetKnotPosition(now, i, p);
-                    continue;
-                }
-                for (int key = 0; key < ctrl->NumKeys(); ++key) {
-                    const TimeValue kt = ctrl->GetKeyTime(key);
-                    Interval iv = FOREVER;
-                    Point3 v;
-                    ctrl->GetValue(kt, &v, iv, CTRL_ABSOLUTE);
-                    curve->SetKnotPosition(kt, i,
-                                           Point2(mapX(v.x, low, high, oldLow, oldHigh, s), v.y));
-                }
-                if (ctrl->NumKeys() == 0) {
-                    Interval iv = FOREVER;
-                    Point3 v;
-                    ctrl->GetValue(now, &v, iv, CTRL_ABSOLUTE);
-                    curve->SetKnotPosition(now, i,
-                                           Point2(mapX(v.x, low, high, oldLow, oldHigh, s), v.y));
-                }
+    const bool mappable = oldLow < oldHigh && std::isfinite(s);
+    auto map = [&](float x) { return mapX(x, low, high, oldLow, oldHigh, s); };
+    for (int c = 0; rescale && mappable && c < curves_.Count(); ++c) {
+        Curve* curve = curves_[c];
+        // A client's message handler may change the points: each is read afresh.
+        for (int i = 0; curve && curve->Knots() && i < curve->PointCount(); ++i) {
+            const CurveKnot k = curve->Knots()[i];
+            // Handles follow in absolute position; a corner has no handles to keep.
+            if ((k.flags & KNOT_TYPE_MASK) != KNOT_TYPE_CORNER) {
+                const float px = map(k.pos.x);
+                const Point2 in(map(k.pos.x + k.inTan.x) - px, k.inTan.y);
+                const Point2 out(map(k.pos.x + k.outTan.x) - px, k.outTan.y);
+                curve->StoreTangents(i, in, out);
             }
-            curve->InvalidateCache();
+            auto* ctrl = dynamic_cast<Control*>(curve->Controller(i));
+            if (!ctrl) {
+                curve->SetKnotPosition(now, i, Point2(map(k.pos.x), k.pos.y));
+                continue;
+            }
+            for (int key = 0; key < ctrl->NumKeys(); ++key) {
+                const TimeValue kt = ctrl->GetKeyTime(key);
+                Interval iv = FOREVER;
+                Point3 v;
+                ctrl->GetValue(kt, &v, iv, CTRL_ABSOLUTE);
+                curve->SetKnotPosition(kt, i, Point2(map(v.x), v.y));
+            }
+            if (ctrl->NumKeys() == 0) {
+                Interval iv = FOREVER;
+                Point3 v;
+                ctrl->GetValue(now, &v, iv, CTRL_ABSOLUTE);
+                curve->SetKnotPosition(now, i, Point2(map(v.x), v.y));
+            }
         }
+        if (curve)
+            curve->InvalidateCache();
     }
     ResumeAnimate();
     if (IsEditorOpen())

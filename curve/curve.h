@@ -187,6 +187,9 @@ public:
     /// changed by more than 0.0001, else 0 (and then stores and records nothing).
     int SetInHandle(TimeValue t, int i, const Point2& handle, BOOL invalidate, BOOL notify);
     int SetOutHandle(TimeValue t, int i, const Point2& handle, BOOL invalidate, BOOL notify);
+    /// Stores both tangents of point i as given (no 0.0001 threshold), recorded in the
+    /// hold's position record; no client message. Non-finite tangents are ignored.
+    void StoreTangents(int i, const Point2& inTan, const Point2& outTan);
     /// Allowed dx of point i ([0, 0] for the first and last point and for a curve without
     /// points), or of the whole selection moving together for an index out of range.
     void GetMoveRange(TimeValue t, int i, float& lo, float& hi);

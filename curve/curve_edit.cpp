@@ -158,6 +158,21 @@ void Curve::SetKnotPosition(TimeValue t, int i, const Point2& pos) {
     SendClientMessage(CURVE_MSG_POINT_CHANGED, WPARAM(i & 0xFFFF));
 }
 
+// Moves both handles with their point exactly, as a rescale of the x range does: there is
+// no threshold to pass, so undo and redo give back the very values stored.
+void Curve::StoreTangents(int i, const Point2& inTan, const Point2& outTan) {
+    if (!points_ || i < 0 || i >= count_ || !Finite(inTan) || !Finite(outTan))
+        return;
+    if (DeformPtPosChange* rec = PositionRecord(*this)) {
+        rec->SetAfterInTan(i, inTan);
+        rec->SetAfterOutTan(i, outTan);
+    }
+    auto lock = LockPointTable();
+    points_[i].inTan = inTan;
+    points_[i].outTan = outTan;
+    InvalidateCache();
+}
+
 namespace {
 
 enum class Side { In, Out };

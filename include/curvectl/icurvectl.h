@@ -110,8 +110,11 @@ public:
     /// Both start as 0 .. 1.
     /// @{
 
-    /// Ignored when low > high. With `rescale` every point is mapped into the new range.
-    /// Without it the points keep their x (the end points still sit on the range's ends).
+    /// Ignored (nothing changes) unless low < high and both are finite numbers: a range
+    /// without width, an inverted one or one with a not-a-number or infinite end. With
+    /// `rescale` every point is mapped into the new range, as one undoable change of the
+    /// positions and tangents when the hold is holding. Without it the points keep their
+    /// x (the end points still sit on the range's ends).
     virtual void SetXRange(float low, float high, BOOL rescale = TRUE) = 0;
     /// Sets the y range; no point is moved or clamped, and nothing is redrawn.
     virtual void SetYRange(float low, float high) = 0;

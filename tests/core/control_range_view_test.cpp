@@ -7,12 +7,18 @@
 #include "control/curve_control.h"
 #include "control/editor_link.h"
 #include "curve/curve.h"
+#include "host/chunk_values.h"
 #include "host/controller.h"
 #include "host/core_interface.h"
+#include "host/hold.h"
+#include "host/scene.h"
 
 #include <doctest/doctest.h>
 
+#include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 #include <set>
 #include <string>
 #include <vector>
@@ -231,6 +237,132 @@ TEST_CASE_FIXTURE(CoreFixture, "SetXRange with low above high is ignored") {
 
     s.control().SetXRange(0.0f, 2.0f, FALSE); // a real change redraws the open editor
     CHECK(editor.redraws == 1);
+}
+
+namespace {
+bool sameKnots(Curve& c, const std::vector<CurveKnot>& want) {
+    if (c.PointCount() != int(want.size()))
+        return false;
+    for (int i = 0; i < c.PointCount(); ++i) {
+        const CurveKnot& k = c.Knots()[i];
+        if (std::memcmp(&k, &want[size_t(i)], sizeof(CurveKnot)) != 0)
+            return false;
+    }
+    return true;
+}
+
+std::vector<CurveKnot> knotsOf(Curve& c) {
+    return std::vector<CurveKnot>(c.Knots(), c.Knots() + c.PointCount());
+}
+} // namespace
+
+TEST_CASE_FIXTURE(CoreFixture, "SetXRange without width or with an end that is not finite is "
+                               "ignored") {
+    OneCurve s({CurveKnot(Point2(0.0f, 0.0f), Point2(), Point2(0.1f, 0.0f), 0x103),
+                CurveKnot(Point2(0.5f, 0.5f), Point2(-0.1f, 0.0f), Point2(0.1f, 0.0f), 0x1),
+                CurveKnot(Point2(1.0f, 1.0f), Point2(-0.1f, 0.0f), Point2(), 0x103)});
+    const std::vector<CurveKnot> before = knotsOf(s.curve());
+    MessageRecorder recorder;
+    s.control().SetNotifyWindow(recorder.window());
+    RecordingEditor editor(s.control());
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+
+    SUBCASE("a range without width, then a rescale from it") {
+        s.control().SetXRange(1.0f, 1.0f, TRUE);
+        CHECK(s.control().GetXRange() == Point2(0.0f, 1.0f));
+        CHECK(sameKnots(s.curve(), before));
+        CHECK(recorder.messages.empty());
+        CHECK(editor.redraws == 0);
+        s.control().SetXRange(0.0f, 1.0f, TRUE); // maps (0, 1) onto itself
+        CHECK(s.control().GetXRange() == Point2(0.0f, 1.0f));
+        for (int i = 0; i < 3; ++i) {
+            const CurveKnot& k = s.curve().Knots()[i];
+            CHECK(k.pos.x == doctest::Approx(before[size_t(i)].pos.x));
+            CHECK(k.pos.y == before[size_t(i)].pos.y);
+            CHECK(k.outTan.x == doctest::Approx(before[size_t(i)].outTan.x));
+        }
+    }
+    SUBCASE("not-a-number and infinite ends") {
+        const Point2 bad[] = {{nan, 1.0f}, {0.0f, nan}, {nan, nan}, {-inf, 1.0f},
+                              {0.0f, inf}, {-inf, inf}, {inf, inf}};
+        for (const Point2& r : bad) {
+            CAPTURE(r.x);
+            CAPTURE(r.y);
+            s.control().SetXRange(r.x, r.y, TRUE);
+            CHECK(s.control().GetXRange() == Point2(0.0f, 1.0f));
+            CHECK(sameKnots(s.curve(), before));
+        }
+        CHECK(recorder.messages.empty());
+        CHECK(editor.redraws == 0);
+    }
+    for (int i = 0; i < 3; ++i) {
+        const Point2 p = s.curve().CachedPosition(0, i);
+        CHECK(std::isfinite(p.x));
+        CHECK(std::isfinite(p.y));
+    }
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "SetXRange from a file's range without width leaves the points") {
+    OneCurve s({CurveKnot(Point2(0.0f, 0.0f), Point2(), Point2(0.25f, 0.0f), 0x103),
+                CurveKnot(Point2(1.0f, 1.0f), Point2(-0.25f, 0.0f), Point2(), 0x103)});
+    testsupport::LoadRanges(s.control(), 1.0f, 1.0f);
+    REQUIRE(s.control().GetXRange() == Point2(1.0f, 1.0f));
+    const std::vector<CurveKnot> before = knotsOf(s.curve());
+    s.control().SetXRange(0.0f, 2.0f, TRUE); // nothing to map from
+    CHECK(s.control().GetXRange() == Point2(0.0f, 2.0f));
+    CHECK(sameKnots(s.curve(), before));
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "SetXRange with rescale: undo and redo give back both states "
+                               "exactly, tangents included") {
+    // (0, 1) -> (0, 2) in one hold: every tangent x of 0.1 becomes 0.2.
+    OneCurve s({CurveKnot(Point2(0.0f, 0.0f), Point2(), Point2(0.1f, 0.05f), 0x103),
+                CurveKnot(Point2(0.5f, 0.5f), Point2(-0.1f, 0.0f), Point2(0.1f, 0.0f), 0x1),
+                CurveKnot(Point2(1.0f, 1.0f), Point2(-0.1f, -0.05f), Point2(), 0x103)});
+    Curve& c = s.curve();
+    const std::vector<CurveKnot> before = knotsOf(c);
+    theHold.Begin();
+    s.control().SetXRange(0.0f, 2.0f, TRUE);
+    theHold.Accept("Range");
+    const std::vector<CurveKnot> after = knotsOf(c);
+    CHECK(after[0].outTan.x == doctest::Approx(0.2f));
+    CHECK(after[1].inTan.x == doctest::Approx(-0.2f));
+    CHECK(after[1].outTan.x == doctest::Approx(0.2f));
+    CHECK(after[2].inTan.x == doctest::Approx(-0.2f));
+    CHECK(after[2].pos.x == 2.0f);
+    REQUIRE(theHold.NumUndo() == 1);
+
+    REQUIRE(theHold.Undo());
+    CHECK(sameKnots(c, before));
+    CHECK(c.Knots()[0].outTan.x == 0.1f);
+    CHECK(c.CachedOutHandle(0, 0) == Point2(0.0f + 0.1f, 0.0f + 0.05f));
+    REQUIRE(theHold.Redo());
+    CHECK(sameKnots(c, after));
+    CHECK(c.Knots()[1].inTan.x == after[1].inTan.x);
+    CHECK(c.Knots()[2].inTan.x == after[2].inTan.x);
+    REQUIRE(theHold.Undo());
+    CHECK(sameKnots(c, before));
+    theHold.Reset();
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "SetXRange with rescale: a client reading the curve from its "
+                               "message handler sees the point whole") {
+    OneCurve s({CurveKnot(Point2(0.0f, 0.0f), Point2(), Point2(0.1f, 0.0f), 0x103),
+                CurveKnot(Point2(1.0f, 1.0f), Point2(-0.1f, 0.0f), Point2(), 0x103)});
+    MessageRecorder recorder;
+    s.control().SetNotifyWindow(recorder.window());
+    std::vector<CurveKnot> seen;
+    recorder.onMessage = [&](const testsupport::ClientMessage& m) {
+        if (m.msg == CURVE_MSG_POINT_CHANGED)
+            seen.push_back(s.curve().Knots()[m.wParam & 0xFFFF]);
+    };
+    s.control().SetXRange(0.0f, 2.0f, TRUE);
+    REQUIRE(seen.size() == 2);
+    CHECK(seen[0].pos.x == 0.0f);
+    CHECK(seen[0].outTan.x == doctest::Approx(0.2f));
+    CHECK(seen[1].pos.x == 2.0f);
+    CHECK(seen[1].inTan.x == doctest::Approx(-0.2f));
 }
 
 // ---------------------------------------------------------------------------------------

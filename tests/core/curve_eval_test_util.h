@@ -5,6 +5,7 @@
 #include "control/curve_control.h"
 #include "curve/curve.h"
 #include "host/controller.h"
+#include "test_support.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -78,9 +79,14 @@ inline Control* AnimatePoint(Curve& c, int i, const TimeValue* times, const Poin
 }
 
 /// A control used only as the owner of stand-alone curves (its ranges and flags).
+/// SetXRange refuses an x range without width; such a range still comes from a scene file,
+/// and is given here the way a file gives it.
 inline CurveControl* MakeOwner(float xlo, float xhi, float ylo, float yhi, DWORD flags) {
     auto* ctl = new CurveControl;
-    ctl->SetXRange(xlo, xhi, FALSE);
+    if (xlo < xhi)
+        ctl->SetXRange(xlo, xhi, FALSE);
+    else
+        testsupport::LoadRanges(*ctl, xlo, xhi);
     ctl->SetYRange(ylo, yhi);
     ctl->SetControlFlags(flags);
     return ctl;

@@ -1,8 +1,10 @@
 #include "test_support.h"
 
+#include "host/chunk_values.h"
 #include "host/controller.h"
 #include "host/core_interface.h"
 #include "host/hold.h"
+#include "host/scene.h"
 #include "plugin/platform.h"
 
 #include <doctest/doctest.h>
@@ -116,6 +118,20 @@ MessageRecorder::~MessageRecorder() {
 }
 
 #endif
+
+// ---------------------------------------------------------------------------------------
+// Ranges from a file
+
+void LoadRanges(ICurveCtl& control, float low, float high, float yLow, float yHigh) {
+    unsigned char chunk[CHUNK_HEADER_SIZE + 16] = {0x38, 0x04, sizeof chunk, 0, 0, 0};
+    PackLE32(chunk + 6, low);
+    PackLE32(chunk + 10, high);
+    PackLE32(chunk + 14, yLow);
+    PackLE32(chunk + 18, yHigh);
+    ChunkLoad in(chunk, sizeof chunk);
+    REQUIRE(control.Load(&in) == IO_OK);
+    in.RunPostLoadCallbacks();
+}
 
 // ---------------------------------------------------------------------------------------
 // FakeClient

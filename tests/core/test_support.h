@@ -28,6 +28,11 @@ struct CoreFixture {
     ~CoreFixture() { ResetHostState(); }
 };
 
+/// Gives `control` the x range (low, high) and y range (0, 1) the way a scene file gives
+/// them (the control's range chunk), for ranges SetXRange refuses: without width,
+/// inverted or not finite.
+void LoadRanges(ICurveCtl& control, float low, float high, float yLow = 0.0f, float yHigh = 1.0f);
+
 /// One client message as the notify window received it.
 struct ClientMessage {
     UINT msg;
