@@ -19,11 +19,13 @@
 //
 // The loader reads them in any order and skips chunks it does not know; a field whose
 // chunk is missing keeps its constructor default. It does not trust the file: a curve
-// count below zero or beyond what the rest of the stream can hold, a chunk cut short or a
-// header that overruns its chunk end the load with a read error (fields read before it
-// keep their loaded values).
+// count below zero or above CURVECTL_MAX_COUNT (curve/file_count.h), a chunk cut short or
+// a header that overruns its chunk end the load with a read error (fields read before it
+// keep their loaded values). The count is not measured against the bytes that follow: a
+// control's curves are not in its own chunks, and a control saved alone loads its count.
 #include "control/curve_control.h"
 
+#include "curve/file_count.h"
 #include "host/chunk_values.h"
 #include "plugin/res_string.h"
 
@@ -43,12 +45,6 @@ constexpr USHORT kChunkFlags = 0x046A;
 constexpr USHORT kChunkToolMode = 0x0474;
 constexpr USHORT kChunkClientObject = 0x044C;
 constexpr USHORT kChunkTitle = 0x0456;
-
-/// Each curve slot is restored from a reference id (4 bytes) that the host writes after
-/// the control's own chunks: a count the rest of the stream cannot hold is damage.
-constexpr ULONG kBytesPerCurveSlot = 4;
-/// The most curves read from a stream that cannot tell how many bytes it has left.
-constexpr ULONG kMaxCurvesUnsized = 1u << 16;
 
 // WINDOWPLACEMENT as eleven 32-bit fields in declaration order: the layout the platform
 // stores, written field by field so the file is the same on every build.
@@ -301,15 +297,10 @@ IOResult CurveControl::Load(ILoad* iload) {
 // Chunk 0x042E: both tables get n entries, every curve null (the host fills them as it
 // restores the references) and every button text the default one.
 IOResult CurveControl::loadCurveCount(ILoad* iload) {
-    int32_t n = 0;
-    const IOResult r = ReadLE32(iload, n);
+    int n = 0;
+    const IOResult r = ReadFileCount(iload, n);
     if (r != IO_OK)
         return r;
-    // A stream that cannot tell its size gets a fixed bound instead.
-    const ULONG left = iload->StreamBytesLeft();
-    const ULONG room = left == ILOAD_SIZE_UNKNOWN ? kMaxCurvesUnsized : left / kBytesPerCurveSlot;
-    if (n < 0 || ULONG(n) > room)
-        return IO_ERROR;
     DropAllCurves();
     clearButtonTexts();
     setCurveTableSize(n);

@@ -12,13 +12,14 @@
 //
 // The loader reads what the saver writes in any order and skips chunks it does not know.
 // Unlike the loader this format was first written for, it does not trust the file: a
-// count that the rest of the stream cannot hold, a negative count, a chunk cut short, a
+// negative count or one above CURVECTL_MAX_COUNT (file_count.h), a chunk cut short, a
 // header that overruns its chunk all end the load with a read error; point chunks beyond
-// the count are ignored. Every read is bounded by the stream (host/scene.h), so nothing a
-// file says can move a read outside its chunk.
+// the count are ignored, and points without a chunk stay zero. Every read is bounded by
+// the stream (host/scene.h), so nothing a file says can move a read outside its chunk.
 #include "curve/curve.h"
 
 #include "curve/curve_edit_detail.h"
+#include "curve/file_count.h"
 #include "curvectl/messages.h"
 #include "host/chunk_values.h"
 
@@ -35,8 +36,6 @@ constexpr USHORT kChunkPointRecord = 0x1000; // inside kChunkPoint
 
 /// Bytes of one point in the file, in either layout.
 constexpr ULONG kPointBytes = 28;
-/// The most points read from a stream that cannot tell how many bytes it has left.
-constexpr ULONG kMaxPointsUnsized = 1u << 20;
 
 /// Post-load callback of a curve. The curve has nothing to finish: its owner and the
 /// links to its control are restored by the control's own callback.
@@ -173,18 +172,10 @@ IOResult Curve::Load(ILoad* iload) {
 // Chunk 0x1000: the count, then a table of that many zeroed points (no end-point flags:
 // the points come from the file) and as many null controllers.
 IOResult Curve::loadCount(ILoad* iload) {
-    int32_t n = 0;
-    const IOResult r = ReadLE32(iload, n);
+    int n = 0;
+    const IOResult r = ReadFileCount(iload, n);
     if (r != IO_OK)
         return r;
-    // Every point takes 28 bytes further on in the stream (a 0x1030 chunk or a slice of
-    // 0x1010), so a count the rest of the stream cannot hold is damage, found before
-    // anything is allocated for it.
-    // A stream that cannot tell its size gets a fixed bound instead.
-    const ULONG left = iload->StreamBytesLeft();
-    const ULONG room = left == ILOAD_SIZE_UNKNOWN ? kMaxPointsUnsized : left / kPointBytes;
-    if (n < 0 || ULONG(n) > room)
-        return IO_ERROR;
 
     auto tableLock = LockPointTable();
     DeleteAllRefsFromMe();

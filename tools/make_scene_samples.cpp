@@ -133,6 +133,11 @@ int main(int argc, char** argv) {
     {
         CurveControl fresh;
         writeObject(controls + "/new.chunks", &fresh);
+        // More curves than its own chunks have bytes for: the curves are references, which
+        // a control's own chunks never hold, and it loads its count all the same.
+        CurveControl many;
+        many.SetCurveCount(40, FALSE);
+        writeObject(controls + "/many_curves.chunks", &many);
         CurveControl* sample = sampleControl();
         sample->RegisterClientObject(sample); // saved under id 0 below
         writeObject(controls + "/sample.chunks", sample, [](void*, void*) { return 0; });

@@ -13,6 +13,12 @@
 #include "host/interval.h"
 #include "host/win_types.h"
 
+/// The most points a curve holds and the most curves a control holds. SetPointCount and
+/// ICurveCtl::SetCurveCount refuse a larger count (nothing changes), InsertKnot does not
+/// grow a curve that holds this many, and a scene file that announces more is damaged
+/// (its load ends with a read error).
+#define CURVECTL_MAX_COUNT 16384
+
 /// @name Interface ids
 /// The ids under which a curve answers its host interface query (`GetInterface`) with
 /// itself.

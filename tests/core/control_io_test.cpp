@@ -365,7 +365,7 @@ TEST_CASE_FIXTURE(CoreFixture, "Control load: the placement comes back only when
 // Damaged data
 
 TEST_CASE_FIXTURE(CoreFixture, "Control load: negative and huge curve counts are read errors") {
-    for (int32_t n : {-1, int32_t(0x80000000), 0x7FFFFFFF, 1000}) {
+    for (int32_t n : {-1, int32_t(0x80000000), 0x7FFFFFFF, CURVECTL_MAX_COUNT + 1}) {
         CAPTURE(n);
         const Bytes file = Cat({MakeChunk(0x046A, LE(uint32_t(5))), MakeChunk(0x042E, LE(n)),
                                 MakeChunk(0x0474, LE(3))});
@@ -463,27 +463,52 @@ TEST_CASE_FIXTURE(CoreFixture, "Control load: every truncation and corruption of
     }
 }
 
-// Found by fuzz_control_load (regression-count-without-refs.chunks in its corpus): a
-// control's own chunks never hold its curves, which the host restores from the reference
-// ids that follow them in the scene. The count is checked against that: a count the rest of
-// the stream cannot back with ids is damage, even when the control's own chunks alone were
-// written by a save.
-TEST_CASE_FIXTURE(CoreFixture, "Control load: a curve count needs the ids that follow it") {
-    CurveControl original;
-    original.SetCurveCount(32, FALSE);
-    const Bytes own = SaveOf(&original);
-    ControlPtr alone(newControl());
-    CHECK(LoadInto(alone.get(), own) == IO_ERROR); // 32 slots, no 128 bytes of ids after
+// A control's own chunks never hold its curves: the host restores them from the reference
+// ids that follow in a scene. A control saved alone, and loaded from a stream that holds
+// only its own chunks, still loads its count; the post-load step gives every slot the host
+// did not fill a new curve. (regression-count-without-refs.chunks in the corpus of
+// fuzz_control_load is such a stream, cut short after its title.)
+TEST_CASE_FIXTURE(CoreFixture, "Control load: a control saved alone loads its curves") {
+    for (int n : {3, 32, 100}) {
+        CAPTURE(n);
+        CurveControl original;
+        original.SetCurveCount(n, FALSE);
+        const Bytes own = SaveOf(&original);
+        ControlPtr alone(newControl());
+        CHECK(LoadInto(alone.get(), own) == IO_OK);
+        REQUIRE(alone->GetCurveCount() == n);
+        for (int i = 0; i < n; ++i) {
+            REQUIRE(alone->GetCurve(i) != nullptr);
+            CHECK(alone->GetCurve(i)->PointCount() == 2);
+        }
 
-    // Followed by what a scene writes after it (a count and one id per curve), it loads.
-    Bytes withIds = own;
-    const Bytes ids = MakeChunk(SCENE_CHUNK_OBJECT_REFS, Bytes(4 + 32 * 4, 0xFF));
-    withIds.insert(withIds.end(), ids.begin(), ids.end());
-    ChunkLoad in(withIds.data(), withIds.size());
-    ControlPtr followed(newControl());
-    CHECK(followed->Load(&in) == IO_OK);
-    CHECK(followed->GetCurveCount() == 32);
-    in.RunPostLoadCallbacks();
+        // Followed by what a scene writes after it (a count and one id per curve), it loads
+        // the same.
+        Bytes withIds = own;
+        const Bytes ids = MakeChunk(SCENE_CHUNK_OBJECT_REFS, Bytes(4 + 4 * std::size_t(n), 0xFF));
+        withIds.insert(withIds.end(), ids.begin(), ids.end());
+        ChunkLoad in(withIds.data(), withIds.size());
+        ControlPtr followed(newControl());
+        CHECK(followed->Load(&in) == IO_OK);
+        CHECK(followed->GetCurveCount() == n);
+        in.RunPostLoadCallbacks();
+    }
+}
+
+TEST_CASE_FIXTURE(CoreFixture, "Control load: the count limit is CURVECTL_MAX_COUNT") {
+    for (int32_t n : {CURVECTL_MAX_COUNT, CURVECTL_MAX_COUNT + 1}) {
+        CAPTURE(n);
+        ControlPtr loaded(newControl());
+        const IOResult r = LoadInto(loaded.get(), MakeChunk(0x042E, LE(n)));
+        if (n == CURVECTL_MAX_COUNT) {
+            CHECK(r == IO_OK);
+            REQUIRE(loaded->GetCurveCount() == n);
+            CHECK(loaded->GetCurve(n - 1) != nullptr);
+        } else {
+            CHECK(r == IO_ERROR);
+            CHECK(loaded->GetCurveCount() == 0);
+        }
+    }
 }
 
 namespace {
