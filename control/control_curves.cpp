@@ -5,6 +5,8 @@
 #include "host/hold.h"
 #include "plugin/res_string.h"
 
+#include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -16,14 +18,31 @@ const char* defaultButtonText() {
 }
 
 /// Puts the undo record of a change of the curve set, made from the set captured before
-/// it, when the hold is holding; otherwise lets the captured curves go.
+/// it, when the hold is holding; otherwise lets the captured curves go. A record the heap
+/// cannot hold is not put (its captured curves go), as a failed record allocation passes
+/// null to the hold: the change itself stands.
 void putCurveSetRecord(CurveControl* control, std::optional<DeleteCurveRestore::Set>& before) {
     if (!before)
         return;
-    if (theHold.Holding())
-        theHold.Put(new DeleteCurveRestore(control, std::move(*before)));
-    else
+    if (!theHold.Holding()) {
         DeleteCurveRestore::Release(*before);
+        return;
+    }
+    std::optional<DeleteCurveRestore::Set> after;
+    try {
+        after = DeleteCurveRestore::Capture(*control);
+    } catch (...) {
+        DeleteCurveRestore::Release(*before);
+        return;
+    }
+    auto* record =
+        new (std::nothrow) DeleteCurveRestore(control, std::move(*before), std::move(*after));
+    if (!record) {
+        DeleteCurveRestore::Release(*before);
+        DeleteCurveRestore::Release(*after);
+        return;
+    }
+    theHold.Put(record);
 }
 
 } // namespace
@@ -34,12 +53,56 @@ void CurveControl::clearButtonTexts() {
     curveButtonTexts_.Resize(0);
 }
 
-void CurveControl::appendButtonText(const char* text) {
-    CStr* s = new CStr(text);
-    curveButtonTexts_.Append(1, &s);
+bool CurveControl::appendButtonText(const char* text) {
+    std::unique_ptr<CStr> s(new CStr(text));
+    CStr* owned = s.get();
+    if (curveButtonTexts_.Append(1, &owned) < 0)
+        return false;
+    s.release(); // the table owns it now
+    return true;
 }
 
-void CurveControl::setCurveTableSize(int n) { curves_.SetCount(n); }
+bool CurveControl::setCurveTableSize(int n) { return curves_.SetCount(n); }
+
+void CurveControl::truncateCurveSet(int count) {
+    for (int i = curves_.Count() - 1; i >= count; --i)
+        DeleteReference(i);
+    curves_.SetCount(count); // shrinking needs no memory
+    for (int i = curveButtonTexts_.Count() - 1; i >= count; --i)
+        delete curveButtonTexts_[i];
+    curveButtonTexts_.SetCount(count);
+}
+
+// Each new curve is the control's reference from the moment it exists, so that a failure
+// further on finds it where truncateCurveSet takes it away again.
+bool CurveControl::growCurveSet(int count, int n) {
+    if (!setCurveTableSize(n))
+        return false;
+    try {
+        for (int i = count; i < n; ++i) {
+            curves_[i] = nullptr;
+            Curve* c = new Curve(this, 0);
+            ReplaceReference(i, c);
+            c->SetPointCount(2);
+            CurveKnot* k = c->Knots();
+            if (!k || c->PointCount() != 2)
+                throw std::bad_alloc(); // the curve could not get its points
+            k[0] =
+                CurveKnot(Point2(xRange_.x, 0.0f), Point2(), Point2(), KNOT_ENDPOINT | KNOT_CORNER);
+            k[1] =
+                CurveKnot(Point2(xRange_.y, 0.0f), Point2(), Point2(), KNOT_ENDPOINT | KNOT_CORNER);
+            c->InvalidateCache();
+            c->SetPen(0, 0, 0);
+            c->SetDisabledPen(0xC0C0C0, 0, 0);
+            if (!appendButtonText(defaultButtonText()))
+                throw std::bad_alloc();
+        }
+    } catch (...) {
+        truncateCurveSet(count);
+        return false;
+    }
+    return true;
+}
 
 void CurveControl::DropAllCurves() {
     for (int i = curves_.Count() - 1; i >= 0; --i) {
@@ -84,18 +147,43 @@ void CurveControl::CopyFrom(CurveControl& other) {
     }
 }
 
+// A count above CURVECTL_MAX_COUNT is refused, and so is a growth the heap cannot hold
+// (the curves made for it go again): nothing changes and no record is put. Nothing is
+// thrown to the caller: should memory run out after the set has grown (the editor's
+// buttons, the display bits), the grown set stands.
 void CurveControl::SetCurveCount(int n, BOOL undoable) {
+    if (n > CURVECTL_MAX_COUNT)
+        return;
     if (n < 0)
         n = 0;
     // The set as it stands, curves pinned, so that the curves a shrink drops survive for
     // the undo record (which keeps the objects themselves, not copies).
     std::optional<DeleteCurveRestore::Set> before;
-    if (undoable)
-        before = DeleteCurveRestore::Capture(*this);
+    if (undoable) {
+        try {
+            before = DeleteCurveRestore::Capture(*this);
+        } catch (...) {
+            return; // nothing was pinned, nothing changed
+        }
+    }
     const bool suspended = theHold.Holding();
     if (suspended)
         theHold.Suspend();
+    bool changed = true;
+    try {
+        changed = changeCurveCount(n);
+    } catch (...) {
+        // Past the growth itself: the set stands as it is.
+    }
+    if (suspended)
+        theHold.Resume();
+    if (changed)
+        putCurveSetRecord(this, before);
+    else if (before)
+        DeleteCurveRestore::Release(*before);
+}
 
+bool CurveControl::changeCurveCount(int n) {
     // The working copy is resized without keeping bits (the host clears them): the copy
     // handed to SetShownCurves at the end is the resized one.
     BitArray display = shownCurves_;
@@ -104,26 +192,10 @@ void CurveControl::SetCurveCount(int n, BOOL undoable) {
 
     const int count = GetCurveCount();
     if (n > count) {
+        if (!growCurveSet(count, n))
+            return false;
         if (shownCurves_.GetSize() < n)
             shownCurves_.SetSize(n, 1);
-        setCurveTableSize(n);
-        for (int i = count; i < n; ++i) {
-            curves_[i] = nullptr;
-            Curve* c = new Curve(this, 0);
-            ReplaceReference(i, c);
-            c->SetPointCount(2);
-            CurveKnot* k = c->Knots();
-            if (k) {
-                k[0] = CurveKnot(Point2(xRange_.x, 0.0f), Point2(), Point2(),
-                                 KNOT_ENDPOINT | KNOT_CORNER);
-                k[1] = CurveKnot(Point2(xRange_.y, 0.0f), Point2(), Point2(),
-                                 KNOT_ENDPOINT | KNOT_CORNER);
-            }
-            c->InvalidateCache();
-            c->SetPen(0, 0, 0);
-            c->SetDisabledPen(0xC0C0C0, 0, 0);
-            appendButtonText(defaultButtonText());
-        }
         if (ICurveCtlClient* client = Client())
             for (int i = count; i < n; ++i)
                 client->NewCurveCreated(i, this);
@@ -134,8 +206,10 @@ void CurveControl::SetCurveCount(int n, BOOL undoable) {
         for (int i = count - 1; i >= n; --i) {
             DeleteReference(i);
             curves_.Delete(i, 1);
-            delete curveButtonTexts_[i];
-            curveButtonTexts_.Delete(i, 1);
+            if (i < curveButtonTexts_.Count()) {
+                delete curveButtonTexts_[i];
+                curveButtonTexts_.Delete(i, 1);
+            }
         }
         if (IsEditorOpen()) {
             // A single curve needs no display toggle: it is shown.
@@ -149,9 +223,7 @@ void CurveControl::SetCurveCount(int n, BOOL undoable) {
 
     if (IsEditorOpen())
         editorWindow_->InvalidateGraph();
-    if (suspended)
-        theHold.Resume();
-    putCurveSetRecord(this, before);
+    return true;
 }
 
 void CurveControl::DeleteCurve(int i) {
@@ -165,8 +237,10 @@ void CurveControl::DeleteCurve(int i) {
     if (i >= 0 && i < GetCurveCount()) {
         DeleteReference(i);
         curves_.Delete(i, 1);
-        delete curveButtonTexts_[i];
-        curveButtonTexts_.Delete(i, 1);
+        if (i < curveButtonTexts_.Count()) {
+            delete curveButtonTexts_[i];
+            curveButtonTexts_.Delete(i, 1);
+        }
         // The display copy is cut one bit short (bits keep their indices; they do not
         // move down with the curves after i).
         BitArray display = shownCurves_;

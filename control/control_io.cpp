@@ -116,10 +116,17 @@ private:
     // file, a curve the reader had to leave out) gets a new curve with the two corner end
     // points a new control's curves have, so that GetCurve answers a curve for every
     // index below the count, as clients rely on.
+    // Nothing is thrown back to the host: a curve that cannot be made leaves the slot null.
     Curve* replaceMissingCurve(int i) {
-        Curve* c = new (std::nothrow) Curve(control_, 0);
-        if (!c)
-            return nullptr;
+        try {
+            return makeCurve(i);
+        } catch (...) {
+            return control_->GetCurveObject(i);
+        }
+    }
+
+    Curve* makeCurve(int i) {
+        Curve* c = new Curve(control_, 0);
         control_->ReplaceReference(i, c);
         c->SetPointCount(2);
         if (CurveKnot* k = c->Knots()) {
@@ -214,7 +221,16 @@ IOResult CurveControl::Save(ISave* isave) {
 // ---------------------------------------------------------------------------------------
 // Load
 
+// Nothing is thrown back to the host: memory running out ends the load with a read error.
 IOResult CurveControl::Load(ILoad* iload) {
+    try {
+        return loadChunks(iload);
+    } catch (...) {
+        return IO_ERROR;
+    }
+}
+
+IOResult CurveControl::loadChunks(ILoad* iload) {
     iload->RegisterPostLoadCallback(new CurveControlPostLoad(this));
 
     return ReadChunks(iload, [&](USHORT chunk) {
@@ -303,10 +319,12 @@ IOResult CurveControl::loadCurveCount(ILoad* iload) {
         return r;
     DropAllCurves();
     clearButtonTexts();
-    setCurveTableSize(n);
-    for (int i = 0; i < n; ++i) {
+    if (!setCurveTableSize(n))
+        return IO_ERROR; // no room for what the file describes
+    for (int i = 0; i < n; ++i)
         curves_[i] = nullptr;
-        appendButtonText(defaultButtonText());
-    }
+    for (int i = 0; i < n; ++i)
+        if (!appendButtonText(defaultButtonText()))
+            return IO_ERROR;
     return IO_OK;
 }

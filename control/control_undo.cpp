@@ -14,16 +14,21 @@ ControlRestoreBase::~ControlRestoreBase() { control_->HoldUnpin(); }
 // (captured, pinned, by the change itself), the redo set those of after it. Installing a
 // set makes its curves the control's references again.
 
+// Everything that allocates comes before the first pin, so that a failure pins nothing.
 DeleteCurveRestore::Set DeleteCurveRestore::Capture(CurveControl& c) {
     Set set;
-    for (int i = 0; i < c.GetCurveCount(); ++i) {
+    const int n = c.GetCurveCount();
+    set.curves.reserve(std::size_t(n));
+    set.texts.reserve(std::size_t(n));
+    for (int i = 0; i < n; ++i)
+        set.texts.emplace_back(c.CurveButtonText(i));
+    set.display = c.GetShownCurves();
+    for (int i = 0; i < n; ++i) {
         Curve* curve = c.GetCurveObject(i);
         set.curves.push_back(curve);
         if (curve)
             curve->HoldPin();
-        set.texts.emplace_back(c.CurveButtonText(i));
     }
-    set.display = c.GetShownCurves();
     return set;
 }
 
@@ -37,18 +42,32 @@ void DeleteCurveRestore::Release(Set& set) {
 DeleteCurveRestore::DeleteCurveRestore(CurveControl* control, Set before)
     : ControlRestoreBase(control), undo_(std::move(before)), redo_(Capture(*control)) {}
 
+DeleteCurveRestore::DeleteCurveRestore(CurveControl* control, Set before, Set after) noexcept
+    : ControlRestoreBase(control), undo_(std::move(before)), redo_(std::move(after)) {}
+
 DeleteCurveRestore::~DeleteCurveRestore() {
     Release(undo_);
     Release(redo_);
 }
 
+// Undo and redo run for the host: nothing may be thrown back to it. Should memory run out,
+// the set comes back as far as it can (a table that cannot grow holds fewer curves, a text
+// that cannot be made is left out).
 void DeleteCurveRestore::install(const Set& set) {
+    try {
+        installSet(set);
+    } catch (...) {
+    }
+}
+
+void DeleteCurveRestore::installSet(const Set& set) {
     CurveControl& c = *control_;
     // The old curves lose their references; records (this one included) keep them alive.
     for (int i = c.GetCurveCount() - 1; i >= 0; --i)
         c.DeleteReference(i);
-    const int n = int(set.curves.size());
-    c.curves_.SetCount(n);
+    int n = int(set.curves.size());
+    if (!c.curves_.SetCount(n))
+        n = c.curves_.Count();
     for (int i = 0; i < n; ++i)
         c.curves_[i] = nullptr;
     for (int i = 0; i < n; ++i) {

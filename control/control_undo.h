@@ -28,7 +28,8 @@ public:
     };
 
     /// The control's curve set as it stands, its curves pinned: taken before a change of
-    /// the set, it keeps the curves the change removes alive for the record.
+    /// the set, it keeps the curves the change removes alive for the record. Throws
+    /// std::bad_alloc when memory runs out, and then pins nothing.
     static Set Capture(CurveControl& control);
     /// Unpins a captured set that no record took (curves no longer referenced go).
     static void Release(Set& set);
@@ -37,6 +38,9 @@ public:
     /// record holds the curve objects themselves, never copies: records of earlier undo
     /// steps point at those objects and must find them in the control after this undo.
     DeleteCurveRestore(CurveControl* control, Set before);
+    /// From both sets, captured before and after the change; takes over both pins.
+    /// Allocates nothing.
+    DeleteCurveRestore(CurveControl* control, Set before, Set after) noexcept;
     ~DeleteCurveRestore() override;
     void Restore(int isUndo) override;
     void Redo() override;
@@ -44,6 +48,7 @@ public:
 
 private:
     void install(const Set& set);
+    void installSet(const Set& set);
 
     int restored_ = 0; // 1 once a set was installed
     Set undo_;         // the state before the change

@@ -128,8 +128,20 @@ private:
     friend class CurveControlPostLoad;
 
     void clearButtonTexts();
-    void appendButtonText(const char* text);
-    void setCurveTableSize(int n);
+    /// Appends a text; false when the table cannot grow. Throws std::bad_alloc when the
+    /// text itself cannot be made (callers catch it).
+    bool appendButtonText(const char* text);
+    /// False (and no change) when the table cannot hold n entries.
+    bool setCurveTableSize(int n);
+    /// Grows the set from `count` to n new curves; false, with the set as it was, when
+    /// memory runs out on the way.
+    bool growCurveSet(int count, int n);
+    /// Drops the curves and texts from index `count` on.
+    void truncateCurveSet(int count);
+    /// SetCurveCount's change itself; false when a growth was refused.
+    bool changeCurveCount(int n);
+    /// Load itself, which may throw std::bad_alloc (control_io.cpp).
+    IOResult loadChunks(ILoad* iload);
     /// Reads chunk 0x042E (control_io.cpp).
     IOResult loadCurveCount(ILoad* iload);
 

@@ -237,17 +237,43 @@ BOOL Curve::AnimateSelectedKnots(BOOL create, BitArray* created) {
 // ---------------------------------------------------------------------------------------
 // Points
 
+// A count above CURVECTL_MAX_COUNT, or a table the memory cannot hold, is refused: nothing
+// changes and no record is put. Nothing is thrown to the caller: a record that cannot be
+// made is not put (as a failed record allocation passes null to the hold) and the change
+// still happens.
 void Curve::SetPointCount(int n) {
+    if (n > CURVECTL_MAX_COUNT)
+        return;
+    try {
+        setPointCount(n);
+    } catch (...) {
+    }
+}
+
+void Curve::setPointCount(int n) {
     Curve temp(nullptr, 0);
-    const bool suspended = theHold.Holding();
-    if (suspended)
-        theHold.Suspend();
-    temp.Copy(*this);
-    temp.Resize(n);
-    if (suspended)
-        theHold.Resume();
-    if (theHold.Holding())
-        theHold.Put(new DeformCopyCurveRestore(this, &temp));
+    {
+        const bool suspended = theHold.Holding();
+        if (suspended)
+            theHold.Suspend();
+        struct Resume {
+            bool on;
+            ~Resume() {
+                if (on)
+                    theHold.Resume();
+            }
+        } resume{suspended};
+        temp.Copy(*this);
+        temp.Resize(n);
+    }
+    if (temp.count_ > 0 && !temp.points_)
+        return; // no room for the table: refused
+    if (theHold.Holding()) {
+        try {
+            theHold.Put(new DeformCopyCurveRestore(this, &temp));
+        } catch (...) {
+        }
+    }
     Copy(temp);
 }
 

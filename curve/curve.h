@@ -297,7 +297,10 @@ private:
     friend class CurveEvaluator;
     /// Drops every point and controller, then makes n zeroed points (end points 0x102).
     void Resize(int n);
-    /// Chunk readers of Load (curve_io.cpp).
+    /// SetPointCount's change itself; may throw std::bad_alloc.
+    void setPointCount(int n);
+    /// Load itself, which may throw std::bad_alloc, and its chunk readers (curve_io.cpp).
+    IOResult loadChunks(ILoad* iload);
     IOResult loadCount(ILoad* iload);
     IOResult loadOldPoints(ILoad* iload);
     IOResult loadPoint(ILoad* iload, int k);

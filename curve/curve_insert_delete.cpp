@@ -28,7 +28,8 @@ using namespace curve_edit;
 // Insertion
 
 // `where` is clamped into 0 .. count; the result is the index used, or -1 when the knot
-// has a non-finite coordinate or the table cannot grow (the curve is then unchanged).
+// has a non-finite coordinate, the curve holds CURVECTL_MAX_COUNT points already or the
+// table cannot grow (the curve is then unchanged).
 //
 // Without `noRecord` the insertion is recorded (DeformInsertRestore) and the client hears
 // CURVE_MSG_POINT_INSERTED, then, when the new point is selected, CURVE_MSG_SELECTION with
@@ -40,6 +41,8 @@ int Curve::InsertKnotEx(int where, CurveKnot knot, BOOL noRecord) {
     const int n = count_;
     if (n > 0 && !points_)
         return -1; // the table was lost to a failed allocation
+    if (n >= CURVECTL_MAX_COUNT)
+        return -1; // full: what a file can hold
     where = std::clamp(where, 0, n);
 
     auto* knots = static_cast<CurveKnot*>(std::calloc(std::size_t(n) + 1, sizeof(CurveKnot)));
@@ -97,6 +100,8 @@ int Curve::InsertKnotAtX(TimeValue t, int i, float x, int kind) {
         return 0;
     if (i < 0 || i >= n || (i == n - 1 && !IsCyclic()))
         return 0; // no such segment
+    if (n >= CURVECTL_MAX_COUNT)
+        return 0; // full: the new point could not go in, so no handle may change either
     const int j = (i + 1) % n;
 
     const Point2 p0 = CachedPosition(t, i), p1 = CachedOutHandle(t, i);

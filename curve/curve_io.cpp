@@ -120,7 +120,16 @@ IOResult Curve::Save(ISave* isave) {
 // ---------------------------------------------------------------------------------------
 // Load
 
+// Nothing is thrown back to the host: memory running out ends the load with a read error.
 IOResult Curve::Load(ILoad* iload) {
+    try {
+        return loadChunks(iload);
+    } catch (...) {
+        return IO_ERROR;
+    }
+}
+
+IOResult Curve::loadChunks(ILoad* iload) {
     iload->RegisterPostLoadCallback(new CurvePostLoad(this));
 
     // Reset: no points, no controllers, fresh cache; fitted width, curve flags and the

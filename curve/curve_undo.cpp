@@ -216,13 +216,21 @@ DeformCopyCurveRestore::DeformCopyCurveRestore(Curve* curve, Curve* newState)
     curve->Copy(*newState);
 }
 
+// Copies clone point controllers, which allocates; nothing is thrown back to the host, and
+// a copy cut short by memory running out leaves what it copied so far.
 void DeformCopyCurveRestore::Restore(int) {
-    after_.Copy(*curve_);
-    curve_->Copy(before_);
+    try {
+        after_.Copy(*curve_);
+        curve_->Copy(before_);
+    } catch (...) {
+    }
     curve_->Refresh();
 }
 
 void DeformCopyCurveRestore::Redo() {
-    curve_->Copy(after_);
+    try {
+        curve_->Copy(after_);
+    } catch (...) {
+    }
     curve_->Refresh();
 }

@@ -116,7 +116,8 @@ public:
     /// Discards every point and makes n zeroed points (the first and last flagged
     /// KNOT_ENDPOINT | KNOT_CORNER), as one undoable step. Also resets the end behaviour.
     /// Even an n equal to the count discards the points: set each one again afterwards
-    /// with SetKnot. A negative n makes no points.
+    /// with SetKnot. A negative n makes no points. A count above CURVECTL_MAX_COUNT, or
+    /// one the memory cannot hold, is refused: nothing changes.
     virtual void SetPointCount(int n) = 0;
     /// One bit per point: set when the point is selected. The array has PointCount() bits.
     virtual BitArray GetSelection() = 0;
@@ -158,10 +159,11 @@ public:
     /// @{
 
     /// Inserts `knot` as it is at index `where` (clamped into 0 .. PointCount()); returns
-    /// the index, or -1 for a knot with a non-finite coordinate. The new point has no
-    /// controller. The client window hears CURVE_MSG_POINT_INSERTED, then, when the knot is
-    /// selected, CURVE_MSG_SELECTION. `noRecord` TRUE makes no undo record and sends no
-    /// message (used by undo itself).
+    /// the index, or -1 (nothing changes) for a knot with a non-finite coordinate or a
+    /// curve that holds CURVECTL_MAX_COUNT points already. The new point has no controller.
+    /// The client window hears CURVE_MSG_POINT_INSERTED, then, when the knot is selected,
+    /// CURVE_MSG_SELECTION. `noRecord` TRUE makes no undo record and sends no message (used
+    /// by undo itself).
     /// The caller keeps the points in x order: the knot is not moved to where its x
     /// belongs. -1 also answers a failed allocation; the curve is then unchanged.
     virtual int InsertKnotEx(int where, CurveKnot knot, BOOL noRecord) = 0;

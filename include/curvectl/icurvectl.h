@@ -98,7 +98,9 @@ public:
     /// The registered client's ICurveCtlClient::NewCurveCreated is called for each new
     /// curve, in index order, to shape it. Curves 0 .. n - 1 that existed keep their
     /// objects; a shrink removes the curves from n on, and their pointers become invalid
-    /// (undo may bring the same objects back as curves of the control).
+    /// (undo may bring the same objects back as curves of the control). A count above
+    /// CURVECTL_MAX_COUNT (icurve.h), or a growth the memory cannot hold, is refused:
+    /// nothing changes.
     virtual void SetCurveCount(int n, BOOL undoable = TRUE) = 0;
     /// The number of curves, 0 or more.
     virtual int GetCurveCount() = 0;

@@ -3,6 +3,7 @@
 #include "host/chunk_values.h"
 #include "host/controller.h"
 #include "host/core_interface.h"
+#include "host/heap.h"
 #include "host/hold.h"
 #include "host/scene.h"
 #include "plugin/platform.h"
@@ -22,6 +23,7 @@ void ResetHostState() {
     static int instanceToken;
     platform::SetModuleInstance(reinterpret_cast<HINSTANCE>(&instanceToken));
 #endif
+    HostHeapFailAfter(-1); // a test that failed part way leaves no injected faults behind
     while (theHold.IsSuspended())
         theHold.Resume();
     theHold.End();

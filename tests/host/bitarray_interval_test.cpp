@@ -1,10 +1,12 @@
 // BitArray and Interval / TimeValue.
 #include "host/bitarray.h"
+#include "host/heap.h"
 #include "host/interval.h"
 #include "host/iosave.h"
 
 #include <doctest/doctest.h>
 
+#include <climits>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -336,4 +338,57 @@ TEST_CASE("Interval: an interval ending at the smallest time is not empty") {
     CHECK_FALSE(low.Empty());
     CHECK(low.InInterval(TIME_NegInfinity));
     CHECK(low.InInterval(TIME_NegInfinity + 1));
+}
+
+// ---------------------------------------------------------------------------------------
+// Sizes that cannot be honoured
+
+TEST_CASE("BitArray: a size the heap cannot give is refused and nothing changes") {
+    BitArray a(40);
+    a.Set(3);
+    a.Set(39);
+    HostHeapFailAfter(0); // every allocation fails from here
+    // The largest size: its word count does not overflow, the heap just has no room.
+    CHECK_NOTHROW(CHECK_FALSE(a.SetSize(INT_MAX, 1)));
+    CHECK_FALSE(a.SetSize(1000, 1));
+    CHECK_FALSE(a.SetSize(1000, 0));
+    CHECK(a.GetSize() == 40);
+    CHECK(a[3] == 1);
+    CHECK(a[39] == 1);
+    CHECK(a.NumberSet() == 2);
+    a.Set(2000); // outside: no write
+    CHECK(a[2000] == 0);
+
+    BitArray copy(a); // a copy that cannot be had is empty
+    CHECK(copy.GetSize() == 0);
+    BitArray other(8);
+    CHECK(other.GetSize() == 0);
+    HostHeapFailAfter(-1);
+    BitArray target(5);
+    target.Set(1);
+    HostHeapFailAfter(0);
+    target = a; // an assignment that cannot be had leaves the target as it was
+    CHECK(target.GetSize() == 5);
+    CHECK(target[1] == 1);
+    CHECK(a.SetSize(0)); // no memory needed
+    CHECK(a.GetSize() == 0);
+    HostHeapFailAfter(-1);
+
+    CHECK(a.SetSize(70, 1));
+    CHECK(a.GetSize() == 70);
+    CHECK(a.NumberSet() == 0);
+}
+
+TEST_CASE("BitArray: growing keeps the bits of whole and partial words") {
+    BitArray a(70);
+    for (int i : {0, 31, 32, 63, 64, 69})
+        a.Set(i);
+    REQUIRE(a.SetSize(100, 1));
+    CHECK(a.NumberSet() == 6);
+    for (int i : {0, 31, 32, 63, 64, 69})
+        CHECK(a[i] == 1);
+    REQUIRE(a.SetSize(64, 1));
+    CHECK(a.NumberSet() == 4);
+    REQUIRE(a.SetSize(65, 1));
+    CHECK(a[64] == 0);
 }

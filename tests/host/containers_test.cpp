@@ -5,6 +5,7 @@
 
 #include <doctest/doctest.h>
 
+#include <climits>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -246,4 +247,91 @@ TEST_CASE("Host heap operators allocate and free objects and arrays") {
     arr[4].payload[0] = 1;
     CHECK(arr[4].payload[0] == 1);
     delete[] arr;
+}
+
+// ---------------------------------------------------------------------------------------
+// Sizes that cannot be honoured
+
+namespace {
+/// Makes every host heap allocation fail for the life of the object.
+struct HeapExhausted {
+    HeapExhausted() { HostHeapFailAfter(0); }
+    ~HeapExhausted() { HostHeapFailAfter(-1); }
+    HeapExhausted(const HeapExhausted&) = delete;
+    HeapExhausted& operator=(const HeapExhausted&) = delete;
+};
+} // namespace
+
+TEST_CASE("Host heap: injected failures begin after the given number of allocations") {
+    const long before = HostHeapRequests();
+    HostHeapFailAfter(2);
+    void* a = HostAlloc(8);
+    void* b = HostAlloc(8);
+    void* c = HostAlloc(8);
+    void* r = HostRealloc(a, 64);
+    HostHeapFailAfter(-1);
+    CHECK(a != nullptr);
+    CHECK(b != nullptr);
+    CHECK(c == nullptr);
+    CHECK(r == nullptr); // the block stays as it was
+    CHECK(HostHeapRequests() - before == 4);
+    void* d = HostAlloc(8);
+    CHECK(d != nullptr);
+    HostFree(a);
+    HostFree(b);
+    HostFree(d);
+    {
+        HeapExhausted none;
+        CHECK_THROWS_AS(new HeapObject, std::bad_alloc); // the operator new contract
+        CHECK(new (std::nothrow) HeapObject == nullptr);
+    }
+    CHECK(TabRealloc(nullptr, 8, -1) == nullptr);
+}
+
+TEST_CASE("Tab: a count it cannot hold is refused and nothing changes") {
+    Tab<int> t;
+    const int abc[] = {1, 2, 3};
+    REQUIRE(t.Append(3, abc) == 0);
+
+    // More items than an int counts: refused before anything is allocated.
+    CHECK(t.Append(INT_MAX, nullptr) == -1);
+    CHECK(t.Insert(1, INT_MAX - 1, nullptr) == -1);
+    CHECK(t.Count() == 3);
+
+    // As many as an int counts, but more than the heap gives: refused, not overflowed.
+    {
+        HeapExhausted none;
+        CHECK_NOTHROW(CHECK_FALSE(t.SetCount(INT_MAX)));
+        CHECK_FALSE(t.SetCount(1000));
+        CHECK_FALSE(t.Resize(5000));
+        CHECK(t.Append(100, nullptr) == -1);
+        CHECK(t.Insert(0, 100, nullptr) == -1);
+        Tab<int> copy(t); // a copy the heap cannot hold is empty
+        CHECK(copy.Count() == 0);
+        Tab<int> other;
+        other = t;
+        CHECK(other.Count() == 0);
+        // Within the room it has, it still works.
+        CHECK(t.SetCount(4));
+        CHECK(t.SetCount(3));
+    }
+    REQUIRE(t.Count() == 3);
+    CHECK(t[0] == 1);
+    CHECK(t[1] == 2);
+    CHECK(t[2] == 3);
+    CHECK(t.Delete(1, INT_MAX) == 1); // a huge delete count is clamped, without overflow
+    CHECK(t.SetCount(1000));          // and the heap serves again
+    CHECK(t[0] == 1);
+    CHECK(t[999] == 0);
+}
+
+TEST_CASE("Tab: Insert without items makes zeroed room") {
+    Tab<int> t;
+    const int abc[] = {1, 2, 3};
+    t.Append(3, abc);
+    CHECK(t.Insert(1, 2, nullptr) == 1);
+    REQUIRE(t.Count() == 5);
+    const int expected[] = {1, 0, 0, 2, 3};
+    for (int i = 0; i < 5; ++i)
+        CHECK(t[i] == expected[i]);
 }

@@ -1,4 +1,6 @@
-// BitArray: a resizable array of bits. Copies are deep.
+// BitArray: a resizable array of bits. Copies are deep. A size the heap cannot give is
+// refused (SetSize answers false and the array stays as it was; a new array or a copy
+// that cannot be had is empty): nothing is thrown.
 #pragma once
 
 #include "host/export.h"
@@ -19,10 +21,11 @@ public:
     BitArray& operator=(BitArray&& b) noexcept;
 
     int GetSize() const { return numBits_; }
-    /// Resizes to n bits. With `save` = 1 the bits below min(old, n) keep their values
-    /// and new bits are clear; with `save` = 0 every bit is cleared. (The host clears
-    /// rather than leaving stale bits, so a grown array never shows bits that nobody set.)
-    void SetSize(int n, int save = 0);
+    /// Resizes to n bits (n < 0 counts as 0). With `save` = 1 the bits below min(old, n)
+    /// keep their values and new bits are clear; with `save` = 0 every bit is cleared. (The
+    /// host clears rather than leaving stale bits, so a grown array never shows bits that
+    /// nobody set.) False, and nothing changes, when the heap cannot give n bits.
+    bool SetSize(int n, int save = 0);
 
     void Set(int i);
     void Clear(int i);
@@ -42,7 +45,9 @@ public:
     int Load(ILoad* iload);
 
 private:
-    int words() const { return (numBits_ + 31) / 32; }
+    int words() const { return wordsFor(numBits_); }
+    /// Words of n bits (n >= 0), without overflow for any int.
+    static int wordsFor(int n) { return int((unsigned(n) + 31u) / 32u); }
 
     uint32_t* bits_; // owned, host heap; bit i is bit (i % 32) of word i / 32
     int numBits_;    // number of bits

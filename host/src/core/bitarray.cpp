@@ -4,18 +4,16 @@
 #include "host/heap.h"
 #include "host/iosave.h"
 
+#include <cstddef>
 #include <cstring>
-#include <new>
 #include <utility>
 
 namespace {
+/// n cleared words (n > 0), or null when the heap has no room.
 uint32_t* allocWords(int n) {
-    if (n <= 0)
-        return nullptr;
-    auto* w = static_cast<uint32_t*>(HostAlloc(sizeof(uint32_t) * n));
-    if (!w)
-        throw std::bad_alloc();
-    std::memset(w, 0, sizeof(uint32_t) * n);
+    auto* w = static_cast<uint32_t*>(HostAlloc(sizeof(uint32_t) * std::size_t(n)));
+    if (w)
+        std::memset(w, 0, sizeof(uint32_t) * std::size_t(n));
     return w;
 }
 int popcount(uint32_t v) {
@@ -35,12 +33,17 @@ BitArray::BitArray(BitArray&& b) noexcept : bits_(b.bits_), numBits_(b.numBits_)
 }
 BitArray::~BitArray() { HostFree(bits_); }
 
+// A copy the heap cannot hold leaves this array as it was.
 BitArray& BitArray::operator=(const BitArray& b) {
     if (this == &b)
         return *this;
-    uint32_t* w = allocWords(b.words());
-    if (w)
-        std::memcpy(w, b.bits_, sizeof(uint32_t) * b.words());
+    uint32_t* w = nullptr;
+    if (b.words() > 0) {
+        w = allocWords(b.words());
+        if (!w)
+            return *this;
+        std::memcpy(w, b.bits_, sizeof(uint32_t) * std::size_t(b.words()));
+    }
     HostFree(bits_);
     bits_ = w;
     numBits_ = b.numBits_;
@@ -57,19 +60,29 @@ BitArray& BitArray::operator=(BitArray&& b) noexcept {
     return *this;
 }
 
-void BitArray::SetSize(int n, int save) {
+bool BitArray::SetSize(int n, int save) {
     if (n < 0)
         n = 0;
-    uint32_t* w = allocWords((n + 31) / 32);
+    uint32_t* w = nullptr;
+    if (n > 0) {
+        w = allocWords(wordsFor(n));
+        if (!w)
+            return false;
+    }
     if (save && w) {
-        int keep = n < numBits_ ? n : numBits_;
-        for (int i = 0; i < keep; ++i)
+        const int keep = n < numBits_ ? n : numBits_;
+        // Whole words first, then the bits of a last partial word.
+        const int whole = keep / 32;
+        if (whole > 0)
+            std::memcpy(w, bits_, sizeof(uint32_t) * std::size_t(whole));
+        for (int i = whole * 32; i < keep; ++i)
             if ((*this)[i])
                 w[i / 32] |= 1u << (i % 32);
     }
     HostFree(bits_);
     bits_ = w;
     numBits_ = n;
+    return true;
 }
 
 void BitArray::Set(int i) {
@@ -129,10 +142,12 @@ int BitArray::Load(ILoad* iload) {
     if (n < 0 || n > (1 << 24))
         return IO_ERROR;
     const ULONG left = iload->ChunkBytesLeft();
-    const ULONG need = ULONG((n + 31) / 32) * 4u;
+    const ULONG need = ULONG(wordsFor(n)) * 4u;
     if (left != ILOAD_SIZE_UNKNOWN && need > left)
         return IO_ERROR;
-    BitArray loaded(n);
+    BitArray loaded;
+    if (!loaded.SetSize(n))
+        return IO_ERROR; // no room for what the file describes
     for (int w = 0; w < loaded.words(); ++w) {
         r = ReadLE32(iload, loaded.bits_[w]);
         if (r != IO_OK)

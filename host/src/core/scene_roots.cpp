@@ -24,6 +24,8 @@ void SceneRoots::Add(ReferenceTarget* target) {
         return;
     ReferenceTarget* none = nullptr;
     const int i = roots_.Append(1, &none);
+    if (i < 0)
+        return;        // the table cannot grow
     theHold.Suspend(); // holding a scene's objects is not an edit
     ReplaceReference(i, target, FALSE);
     theHold.Resume();
