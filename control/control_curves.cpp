@@ -135,6 +135,8 @@ void CurveControl::CopyFrom(CurveControl& other) {
     hWnd_ = nullptr;
     editorWindow_ = nullptr;
     SetCurveCount(other.GetCurveCount(), FALSE);
+    if (GetCurveCount() != other.GetCurveCount())
+        throw std::bad_alloc(); // refused for want of memory: no copy to give
     for (int i = 0; i < other.GetCurveCount(); ++i) {
         Curve* mine = GetCurveObject(i);
         Curve* theirs = other.GetCurveObject(i);

@@ -56,11 +56,19 @@ RefResult CurveControl::NotifyRefChanged(const Interval&, RefTargetHandle, PartI
     return REF_SUCCEED;
 }
 
+// Nothing is thrown back to the host: a clone that memory runs out for is null.
 RefTargetHandle CurveControl::Clone(RemapDir& remap) {
-    auto* c = new CurveControl;
-    c->CopyFrom(*this);
-    BaseClone(this, c, remap);
-    return c;
+    CurveControl* c = nullptr;
+    try {
+        c = new CurveControl;
+        c->CopyFrom(*this);
+        BaseClone(this, c, remap);
+        return c;
+    } catch (...) {
+        if (c)
+            c->DeleteThis();
+        return nullptr;
+    }
 }
 
 // ---------------------------------------------------------------------------------------

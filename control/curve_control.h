@@ -112,7 +112,8 @@ public:
     /// The curves the editor treats as displayed: the open editor's copy of the display
     /// bits, or the shown-curves bits while the editor is closed (control_commands.cpp).
     BitArray DisplayedCurves();
-    /// Copies every setting and curve of `other` (used for undo snapshots).
+    /// Copies every setting and curve of `other` (Clone). Throws std::bad_alloc when
+    /// memory runs out part way.
     void CopyFrom(CurveControl& other);
     /// Asks the client callback for button images and texts.
     void RefreshCurveButtonTexts();

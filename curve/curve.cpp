@@ -145,11 +145,19 @@ RefResult Curve::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, Ref
     return REF_SUCCEED;
 }
 
+// Nothing is thrown back to the host: a clone that memory runs out for is null.
 RefTargetHandle Curve::Clone(RemapDir& remap) {
-    auto* c = new Curve(nullptr, 0);
-    c->Copy(*this);
-    BaseClone(this, c, remap);
-    return c;
+    Curve* c = nullptr;
+    try {
+        c = new Curve(nullptr, 0);
+        c->Copy(*this);
+        BaseClone(this, c, remap);
+        return c;
+    } catch (...) {
+        if (c)
+            c->DeleteThis();
+        return nullptr;
+    }
 }
 
 // ---------------------------------------------------------------------------------------

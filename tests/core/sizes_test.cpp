@@ -237,3 +237,35 @@ TEST_CASE_FIXTURE(CoreFixture, "Load: memory running out at any allocation throw
             CHECK(loadedCurve.PointCount() == 4);
     }
 }
+
+TEST_CASE_FIXTURE(CoreFixture, "Clone: memory running out at any allocation throws nothing") {
+    CurveControl original;
+    original.SetCurveCount(3, FALSE);
+    original.GetCurveObject(2)->SetPointCount(4);
+    const long total = allocationsOf([&] {
+        RemapDir& remap = NewRemapDir();
+        RefKeeper keep(remap.CloneRef(&original));
+        remap.DeleteThis();
+    });
+    REQUIRE(total > 0);
+    int made = 0;
+    for (long n = 0; n <= total; ++n) {
+        CAPTURE(n);
+        RemapDir& remap = NewRemapDir();
+        RefTargetHandle clone = nullptr;
+        {
+            HeapFaults faults(n);
+            CHECK_NOTHROW(clone = remap.CloneRef(&original));
+        }
+        remap.DeleteThis();
+        RefKeeper keep(clone);
+        if (clone) {
+            ++made;
+            // A clone is whole or not there at all.
+            auto* c = static_cast<CurveControl*>(clone);
+            REQUIRE(c->GetCurveCount() == 3);
+            CHECK(c->GetCurve(2)->PointCount() == 4);
+        }
+    }
+    CHECK(made > 0);
+}
