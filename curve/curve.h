@@ -319,8 +319,10 @@ private:
     // --- Evaluation cache (curve_eval.cpp) -----------------------------------------------
     /// Builds a cache state for t from the point table; caller holds the cache lock.
     std::unique_ptr<curve_eval::CacheState> buildCacheState(TimeValue t);
-    /// Fills `s.queryHandles` from its records and the point table; false when out of memory.
-    bool placeQueryHandles(curve_eval::CacheState& s) const;
+    /// Gives `s` the handles its cached-point queries answer, from its records and the
+    /// point table: of every record (`all`) or of the two end records; false when out of
+    /// memory.
+    bool placeQueryHandles(curve_eval::CacheState& s, bool all) const;
     /// The state for t, rebuilt when needed; counts one cache test (and one rebuild).
     const curve_eval::CacheState* acquireState(curve_eval::EvalCache::Reader& r, TimeValue t);
     /// acquireState's locked half: the test again, and the rebuild.

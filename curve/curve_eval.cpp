@@ -225,9 +225,10 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
 
     const OwnerSettings o = ReadOwner(owner_);
     // End points sit on the range ends; their handles keep the x they had.
-    bool handlesApart = false; // a record's handles no longer equal position + tangent
+    bool endsApart = false; // pinning moved an end record away from its handles
+    bool moved = false;     // a pass moved a record
     auto pin = [&](CachedKnot& r, float x) {
-        handlesApart |= !(r.px == x);
+        endsApart |= !(r.px == x);
         r.px = x;
     };
     if (!IsCyclic() && n >= 1) {
@@ -245,35 +246,35 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
     // Forward: a point left of what its neighbours allow moves right; with the y range
     // enforced, a point below it moves up.
     for (int i = 0; i < n; ++i) {
-        bool moved = false;
+        bool shifted = false;
         if (k[i].left > 0.0f) {
             ShiftX(k[i], k[i].left);
-            moved = true;
+            shifted = true;
         }
         if (constrainY && k[i].py < ylo) {
             PlaceY(k[i], ylo);
-            moved = true;
+            shifted = true;
         }
-        if (moved)
+        if (shifted)
             RecomputeAround(k, n, i, ylo, yhi);
-        handlesApart |= moved;
+        moved |= shifted;
     }
     // Backward: the same to the left and down.
     for (int i = n - 1; i >= 0; --i) {
-        bool moved = false;
+        bool shifted = false;
         if (k[i].right < 0.0f) {
             ShiftX(k[i], k[i].right);
-            moved = true;
+            shifted = true;
         }
         if (constrainY && k[i].py > yhi) {
             PlaceY(k[i], yhi);
-            moved = true;
+            shifted = true;
         }
-        if (moved)
+        if (shifted)
             RecomputeAround(k, n, i, ylo, yhi);
-        handlesApart |= moved;
+        moved |= shifted;
     }
-    if (handlesApart && !placeQueryHandles(*s))
+    if ((moved || endsApart) && !placeQueryHandles(*s, moved))
         return nullptr;
 
     bool ordered = true;
@@ -290,18 +291,31 @@ std::unique_ptr<CacheState> Curve::buildCacheState(TimeValue t) {
 }
 
 // The cached-point queries answer a handle as the record's position plus the point's
-// tangent, while segments and move limits use the record's own handles: the two differ
-// for an end point pinned away from its stored x.
-bool Curve::placeQueryHandles(CacheState& s) const {
+// tangent, while segments and move limits use the record's own handles. After a pass moved
+// a record every record is given its own; otherwise only the end records differ (pinned
+// away from their stored x), and only they are kept: a rebuild of a long curve whose end
+// sits a rounding off the range end does no work per point for it.
+bool Curve::placeQueryHandles(CacheState& s, bool all) const {
     const int n = s.count;
+    auto handle = [&](int i, int side) {
+        const CachedKnot& r = s.knots[i];
+        const Point2 tan = side == 0 ? points_[i].inTan : points_[i].outTan;
+        return Point2(r.px + tan.x, r.py + tan.y);
+    };
+    if (!all) {
+        s.endQueryHandles[0] = handle(0, 0);
+        s.endQueryHandles[1] = handle(0, 1);
+        s.endQueryHandles[2] = handle(n - 1, 0);
+        s.endQueryHandles[3] = handle(n - 1, 1);
+        s.endsApart = true;
+        return true;
+    }
     s.queryHandles.reset(new (std::nothrow) Point2[2 * std::size_t(n)]);
     if (!s.queryHandles)
         return false;
     for (int i = 0; i < n; ++i) {
-        const CachedKnot& r = s.knots[i];
-        const CurveKnot& p = points_[i];
-        s.queryHandles[2 * i] = Point2(r.px + p.inTan.x, r.py + p.inTan.y);
-        s.queryHandles[2 * i + 1] = Point2(r.px + p.outTan.x, r.py + p.outTan.y);
+        s.queryHandles[2 * i] = handle(i, 0);
+        s.queryHandles[2 * i + 1] = handle(i, 1);
     }
     return true;
 }

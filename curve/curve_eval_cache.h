@@ -77,18 +77,25 @@ struct CacheState {
     bool firstPureCorner = false; // point 0 is KNOT_CORNER without KNOT_BEZIER
     bool lastPureCorner = false;  // the last point is
     std::unique_ptr<CachedKnot[]> knots; // count records
-    /// The handles the cached-point queries answer, in and out per record: the record's
-    /// position plus the point's tangent. Null while they equal the records' own handles
-    /// bit for bit, which they do unless an end point was pinned away from its stored x
-    /// (a pinned record's handles keep their x) or a pass moved a record (its handles
-    /// moved by the same amount, rounded on their own).
-    std::unique_ptr<Point2[]> queryHandles; // 2 * count entries, or null
+    /// The handles the cached-point queries answer: the record's position plus the point's
+    /// tangent. They equal the record's own handles bit for bit unless an end point was
+    /// pinned away from its stored x (a pinned record's handles keep their x) or a pass
+    /// moved a record (its handles moved by the same amount, rounded on their own). So they
+    /// are kept only where they differ: for every record when a pass moved one (rare: points
+    /// out of order), else for the two end records when pinning moved one of them.
+    std::unique_ptr<Point2[]> queryHandles; // in, out of every record, or null
+    Point2 endQueryHandles[4] = {};         // in, out of the first, then of the last record
+    bool endsApart = false;                 // endQueryHandles holds them
     /// What CachedInHandle / CachedOutHandle answer for record i.
-    Point2 InHandle(int i) const {
-        return queryHandles ? queryHandles[2 * i] : Point2(knots[i].inX, knots[i].inY);
-    }
-    Point2 OutHandle(int i) const {
-        return queryHandles ? queryHandles[2 * i + 1] : Point2(knots[i].outX, knots[i].outY);
+    Point2 InHandle(int i) const { return queryHandle(i, 0); }
+    Point2 OutHandle(int i) const { return queryHandle(i, 1); }
+    Point2 queryHandle(int i, int side) const {
+        if (queryHandles)
+            return queryHandles[2 * i + side];
+        if (endsApart && (i == 0 || i == count - 1))
+            return endQueryHandles[(i == 0 ? 0 : 2) + side];
+        const CachedKnot& k = knots[i];
+        return side == 0 ? Point2(k.inX, k.inY) : Point2(k.outX, k.outY);
     }
     std::uint64_t serial = 0; // this publication's number (set by Publish)
 
