@@ -28,7 +28,7 @@
 #include "editor/graph_paint.h"
 #include "editor/hit_record.h"
 #include "host/core_interface.h"
-#include "plugin/platform.h"
+#include "platform/platform.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,8 +5,8 @@
 #include "host/core_interface.h"
 #include "host/hold.h"
 #include "host/spline_shape.h"
-#include "plugin/platform.h"
-#include "plugin/res_string.h"
+#include "platform/platform.h"
+#include "platform/res_string.h"
 
 BitArray CurveControl::DisplayedCurves() {
     if (IsEditorOpen())
@@ -94,7 +94,7 @@ bool DeleteSelectedPoints(CurveControl& control) {
         theHold.End();
         return false;
     }
-    theHold.Accept(GetResString(16));
+    theHold.Accept(GetResString(IDS_DELETE_POINT));
     repaint(control, false);
     NotifyControlChanged(control);
     return true;
@@ -109,7 +109,7 @@ void ToggleCurveDisplayCommand(CurveControl& control, int curve) {
     control.ToggleCurveDisplay(curve);
     if (!editorRecords && theHold.Holding())
         theHold.Put(new DeformDispModeRestore(&control, before, control.GetShownCurves()));
-    theHold.Accept(GetResString(19));
+    theHold.Accept(GetResString(IDS_DISPLAY_CURVE_TOGGLE));
 }
 
 void GeneratePath(const PathReceiver& receiver) {

@@ -3,7 +3,7 @@
 #include "control/control_undo.h"
 #include "control/curve_control.h"
 #include "host/hold.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 #include <memory>
 #include <new>
@@ -13,7 +13,7 @@
 namespace {
 
 const char* defaultButtonText() {
-    const char* t = GetResString(5);
+    const char* t = GetResString(IDS_VISIBILITY_TOGGLE);
     return t ? t : "";
 }
 

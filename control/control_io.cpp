@@ -27,7 +27,7 @@
 
 #include "curve/file_count.h"
 #include "host/chunk_values.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 #include <new>
 
@@ -87,7 +87,7 @@ constexpr ULONG kPlacementBytes = 44;
 static_assert(sizeof(WINDOWPLACEMENT) == kPlacementBytes, "saved as 44 bytes");
 
 const char* defaultButtonText() {
-    const char* t = GetResString(5);
+    const char* t = GetResString(IDS_VISIBILITY_TOGGLE);
     return t ? t : "";
 }
 

@@ -3,12 +3,12 @@
 // control_curves.cpp.
 #include "control/curve_control.h"
 
+#include "control/editor_ids.h"
 #include "host/controller.h"
 #include "host/core_interface.h"
 #include "host/hold.h"
-#include "plugin/class_descs.h"
-#include "plugin/platform.h"
-#include "plugin/res_string.h"
+#include "platform/platform.h"
+#include "platform/res_string.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,12 +25,12 @@ CurveControl::~CurveControl() {
 // ---------------------------------------------------------------------------------------
 // Host-facing face
 
-Class_ID CurveControl::ClassID() { return GetCurveControlClassDesc()->ClassID(); }
-SClass_ID CurveControl::SuperClassID() { return GetCurveControlClassDesc()->SuperClassID(); }
+Class_ID CurveControl::ClassID() { return CURVE_CONTROL_CLASS_ID; }
+SClass_ID CurveControl::SuperClassID() { return CURVE_CONTROL_SUPER_CLASS_ID; }
 
 CStr CurveControl::SubAnimName(int i) {
     CStr name;
-    if (const char* fmt = GetResString(36))
+    if (const char* fmt = GetResString(IDS_CURVE_NAME))
         name.printf(fmt, i + 1);
     return name;
 }
@@ -129,18 +129,31 @@ void CurveControl::SetMarkerX(float x) {
 // ---------------------------------------------------------------------------------------
 // View state
 
-BOOL CurveControl::GetZoomState(float* h, float* v) {
-    if (IsEditorOpen()) {
-        editorWindow_->CaptureView(hZoom_, vZoom_, hScroll_, vScroll_);
-        zoomSet_ = scrollSet_ = 1;
-    }
-    if (!zoomSet_)
+namespace {
+/// The stored pair (a, b) into the non-null outputs; FALSE, touching neither, while
+/// nothing is stored.
+template <class T> BOOL readStoredPair(int stored, T a, T b, T* outA, T* outB) {
+    if (!stored)
         return FALSE;
-    if (h)
-        *h = hZoom_;
-    if (v)
-        *v = vZoom_;
+    if (outA)
+        *outA = a;
+    if (outB)
+        *outB = b;
     return TRUE;
+}
+} // namespace
+
+// An open editor's view is read whole, zoom and scroll together, whichever is asked for.
+void CurveControl::captureView() {
+    if (!IsEditorOpen())
+        return;
+    editorWindow_->CaptureView(hZoom_, vZoom_, hScroll_, vScroll_);
+    zoomSet_ = scrollSet_ = 1;
+}
+
+BOOL CurveControl::GetZoomState(float* h, float* v) {
+    captureView();
+    return readStoredPair(zoomSet_, hZoom_, vZoom_, h, v);
 }
 
 void CurveControl::SetZoomState(float h, float v) {
@@ -149,23 +162,14 @@ void CurveControl::SetZoomState(float h, float v) {
     zoomSet_ = 1;
     if (!IsEditorOpen())
         return;
-    editorWindow_->SetZoom(std::clamp(h, 0.00002f, 1000000.0f),
-                           std::clamp(v, 0.0000001f, 100000000.0f));
+    editorWindow_->SetZoom(std::clamp(h, view_scale::kXScaleMin, view_scale::kXScaleMax),
+                           std::clamp(v, view_scale::kYScaleMin, view_scale::kYScaleMax));
     Redraw();
 }
 
 BOOL CurveControl::GetScrollState(int* h, int* v) {
-    if (IsEditorOpen()) {
-        editorWindow_->CaptureView(hZoom_, vZoom_, hScroll_, vScroll_);
-        zoomSet_ = scrollSet_ = 1;
-    }
-    if (!scrollSet_)
-        return FALSE;
-    if (h)
-        *h = hScroll_;
-    if (v)
-        *v = vScroll_;
-    return TRUE;
+    captureView();
+    return readStoredPair(scrollSet_, hScroll_, vScroll_, h, v);
 }
 
 void CurveControl::SetScrollState(int h, int v) {
@@ -180,7 +184,7 @@ void CurveControl::SetScrollState(int h, int v) {
 
 void CurveControl::ZoomExtents() {
     if (IsEditorOpen())
-        editorWindow_->SendCommand(1035);
+        editorWindow_->SendCommand(editor_id::kZoomExtents);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -191,20 +195,20 @@ void CurveControl::SetToolMode(int mode) {
     if (!IsEditorOpen())
         return;
     switch (mode) {
-    case 0:
-    case 1:
-    case 2:
-        editorWindow_->SelectEditMode(400, mode);
+    case CC_TOOL_MOVE_XY:
+    case CC_TOOL_MOVE_X:
+    case CC_TOOL_MOVE_Y:
+        editorWindow_->SelectEditMode(editor_id::kMove, mode);
         break;
-    case 3:
-        editorWindow_->SelectEditMode(401, -1);
+    case CC_TOOL_SCALE:
+        editorWindow_->SelectEditMode(editor_id::kScale, -1);
         break;
-    case 4:
-    case 5:
-        editorWindow_->SelectEditMode(402, mode - 4);
+    case CC_TOOL_INSERT_CORNER:
+    case CC_TOOL_INSERT_BEZIER:
+        editorWindow_->SelectEditMode(editor_id::kAddPoint, mode - CC_TOOL_INSERT_CORNER);
         break;
     default:
-        editorWindow_->SelectEditMode(400, -1);
+        editorWindow_->SelectEditMode(editor_id::kMove, -1);
         break;
     }
 }
@@ -213,12 +217,12 @@ int CurveControl::GetToolMode() {
     if (IsEditorOpen()) {
         int mode = 0, flyOff = 0;
         editorWindow_->GetEditMode(mode, flyOff);
-        if (mode == 400 && flyOff >= 0 && flyOff <= 2)
+        if (mode == editor_id::kMove && flyOff >= CC_TOOL_MOVE_XY && flyOff <= CC_TOOL_MOVE_Y)
             toolMode_ = flyOff;
-        else if (mode == 401)
-            toolMode_ = 3;
-        else if (mode == 402 && (flyOff == 0 || flyOff == 1))
-            toolMode_ = 4 + flyOff;
+        else if (mode == editor_id::kScale)
+            toolMode_ = CC_TOOL_SCALE;
+        else if (mode == editor_id::kAddPoint && (flyOff == 0 || flyOff == 1))
+            toolMode_ = CC_TOOL_INSERT_CORNER + flyOff;
     }
     return toolMode_;
 }
@@ -375,6 +379,6 @@ void CurveControl::ResetSelectedCurves() {
     for (int i = 0; i < GetCurveCount(); ++i)
         if (shownCurves_[i] && client)
             client->ResetCurve(i, this);
-    theHold.Accept(GetResString(34));
+    theHold.Accept(GetResString(IDS_RESET_CURVE));
     Redraw();
 }

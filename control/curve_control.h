@@ -128,6 +128,8 @@ private:
     friend class DeleteCurveRestore;
     friend class CurveControlPostLoad;
 
+    /// An open editor's zoom and scroll into the stored view state.
+    void captureView();
     void clearButtonTexts();
     /// Appends a text; false when the table cannot grow. Throws std::bad_alloc when the
     /// text itself cannot be made (callers catch it).

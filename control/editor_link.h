@@ -25,7 +25,7 @@ public:
     /// Sets both scroll bars, invalidates the graph and the ruler and updates the ruler.
     virtual void SetScroll(int hScroll, int vScroll) = 0;
     virtual void SetCaption(const char* title) = 0;
-    /// Selects an edit mode (400 move, 401 scale, 402 insert) with its fly-off entry;
+    /// Selects an edit mode (editor_id::kMove, kScale or kAddPoint) with its fly-off entry;
     /// a fly-off of -1 leaves the button's entry as it is.
     virtual void SelectEditMode(int mode, int flyOff) = 0;
     /// The edit mode and its button's fly-off entry; -1 when the button does not exist
@@ -38,7 +38,7 @@ public:
     virtual BitArray DisplayMode() = 0;
     /// The curve display buttons follow the control's curves and texts again.
     virtual void RebuildCurveButtons() = 0;
-    /// Sends the editor a WM_COMMAND with `id`.
+    /// Sends the editor a WM_COMMAND with command `id` (editor_id::..., control/editor_ids.h).
     virtual void SendCommand(int id) = 0;
     /// The aspect-lock rescale of the view for a direction; true when it applied.
     virtual bool AspectRescale(int direction) = 0;

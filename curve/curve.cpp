@@ -5,11 +5,11 @@
 
 #include "control/curve_control.h"
 #include "curve/curve_undo.h"
+#include "curvectl/icurvectl.h"
 #include "host/controller.h"
 #include "host/core_interface.h"
 #include "host/hold.h"
-#include "plugin/class_descs.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -92,8 +92,8 @@ void Curve::Copy(const Curve& src) {
 // ---------------------------------------------------------------------------------------
 // Host-facing face
 
-Class_ID Curve::ClassID() { return GetDefCurveClassDesc()->ClassID(); }
-SClass_ID Curve::SuperClassID() { return GetDefCurveClassDesc()->SuperClassID(); }
+Class_ID Curve::ClassID() { return CURVE_CLASS_ID; }
+SClass_ID Curve::SuperClassID() { return CURVE_CONTROL_SUPER_CLASS_ID; }
 
 void* Curve::GetInterface(ULONG id) {
     if (id == I_CURVE_INTERFACE || id == I_CURVE_INTERFACE_ALT)
@@ -103,7 +103,7 @@ void* Curve::GetInterface(ULONG id) {
 
 CStr Curve::SubAnimName(int i) {
     CStr name;
-    if (const char* fmt = GetResString(28))
+    if (const char* fmt = GetResString(IDS_POINT_NAME))
         name.printf(fmt, i + 1);
     return name;
 }
@@ -139,7 +139,7 @@ RefResult Curve::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, Ref
         return REF_SUCCEED;
     InvalidateCache();
     if (!notifySuspended_ && owner_) {
-        owner_->NotifyDependents(FOREVER, 3, REFMSG_CHANGE);
+        owner_->NotifyDependents(FOREVER, PART_TOPO | PART_GEOM, REFMSG_CHANGE);
         owner_->Redraw();
     }
     return REF_SUCCEED;
@@ -352,7 +352,8 @@ void Curve::Refresh(bool full) {
     if (full) {
         InvalidateCache();
         if (!notifySuspended_ && owner_)
-            owner_->NotifyDependents(FOREVER, 3, REFMSG_CHANGE, NOTIFY_ALL, TRUE);
+            owner_->NotifyDependents(FOREVER, PART_TOPO | PART_GEOM, REFMSG_CHANGE, NOTIFY_ALL,
+                                     TRUE);
     }
     if (owner_)
         owner_->Redraw();

@@ -31,6 +31,7 @@
 #include "curvectl/messages.h"
 #include "host/controller.h"
 #include "host/hold.h"
+#include "platform/client_message.h"
 
 #include <algorithm>
 #include <cmath>
@@ -155,7 +156,7 @@ void Curve::SetKnotPosition(TimeValue t, int i, const Point2& pos) {
         return; // a non-finite position would break every later evaluation
     if (!StorePosition(*this, t, i, pos))
         return;
-    SendClientMessage(CURVE_MSG_POINT_CHANGED, WPARAM(i & 0xFFFF));
+    SendClientMessage(CURVE_MSG_POINT_CHANGED, client_message::PackWParam(i));
 }
 
 // Moves both handles with their point exactly, as a rescale of the x range does: there is
@@ -183,7 +184,8 @@ enum class Side { In, Out };
 int setTangentFrom(Curve& c, const Point2& position, int i, const Point2& handle, BOOL invalidate,
                    BOOL notify, Side side) {
     const Point2 tan = handle - position;
-    const int bit = side == Side::In ? 1 : 2;
+    const int bit =
+        side == Side::In ? client_message::kInTangentChanged : client_message::kOutTangentChanged;
     int changed = 0;
     CurveKnot* k = c.Knots();
     if (k && i >= 0 && i < c.PointCount() && Finite(tan)) {
@@ -205,7 +207,7 @@ int setTangentFrom(Curve& c, const Point2& position, int i, const Point2& handle
     if (invalidate)
         c.InvalidateCache();
     if (notify && changed)
-        c.SendClientMessage(CURVE_MSG_TANGENT_CHANGED, WPARAM((changed << 16) | (i & 0xFFFF)));
+        c.SendClientMessage(CURVE_MSG_TANGENT_CHANGED, client_message::PackWParam(i, changed));
     return changed;
 }
 
@@ -491,7 +493,7 @@ void dragHandle(Curve& c, TimeValue t, int i, int selector, float dx, float dy, 
     const int changed = c.SetInHandle(t, i, out ? no : nh, FALSE, FALSE) |
                         c.SetOutHandle(t, i, out ? nh : no, TRUE, FALSE);
     if (notify)
-        c.SendClientMessage(CURVE_MSG_TANGENT_CHANGED, WPARAM((changed << 16) | i));
+        c.SendClientMessage(CURVE_MSG_TANGENT_CHANGED, client_message::PackWParam(i, changed));
 }
 
 // The requested tangent becomes a drag by the difference, clamped so that the handle stays
@@ -565,7 +567,8 @@ void Curve::ScaleSelectedY(TimeValue t, float origin, float factor, BOOL skipAni
         const int inChanged = setTangentFrom(*this, at, i, in, FALSE, FALSE, Side::In);
         const int outChanged = setTangentFrom(*this, at, i, out, TRUE, FALSE, Side::Out);
         cache.Edited(i, 1);
-        SendClientMessage(CURVE_MSG_TANGENT_CHANGED, WPARAM(((inChanged | outChanged) << 16) | i));
+        SendClientMessage(CURVE_MSG_TANGENT_CHANGED,
+                          client_message::PackWParam(i, inChanged | outChanged));
         cache.Edited(-1, 0);
     }
 }
@@ -633,7 +636,7 @@ void Curve::SetKnot(TimeValue t, int i, const CurveKnot& knot, BOOL checkConstra
     }
     StorePosition(*this, t, i, pos);
     if (notify)
-        SendClientMessage(CURVE_MSG_POINT_CHANGED, WPARAM(i & 0xFFFF));
+        SendClientMessage(CURVE_MSG_POINT_CHANGED, client_message::PackWParam(i));
 
     const uint32_t old = points_[i].flags;
     const int type = int(knot.flags & KNOT_TYPE_MASK);
@@ -658,7 +661,8 @@ void Curve::SetKnot(TimeValue t, int i, const CurveKnot& knot, BOOL checkConstra
         else
             storeTangent(*this, i, knot.inTan, Side::In);
         if (notify)
-            SendClientMessage(CURVE_MSG_TANGENT_CHANGED, WPARAM(0x10000 | (i & 0xFFFF)));
+            SendClientMessage(CURVE_MSG_TANGENT_CHANGED,
+                              client_message::PackWParam(i, client_message::kInTangentChanged));
     }
     // The out-tangent message carries no change bit, unlike the in-tangent's above and
     // unlike SetOutHandle's: clients read a zero high word as "either tangent changed".
@@ -668,7 +672,7 @@ void Curve::SetKnot(TimeValue t, int i, const CurveKnot& knot, BOOL checkConstra
         else
             storeTangent(*this, i, knot.outTan, Side::Out);
         if (notify)
-            SendClientMessage(CURVE_MSG_TANGENT_CHANGED, WPARAM(i & 0xFFFF));
+            SendClientMessage(CURVE_MSG_TANGENT_CHANGED, client_message::PackWParam(i));
     }
     InvalidateCache();
 }

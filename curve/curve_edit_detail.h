@@ -16,11 +16,12 @@
 #pragma once
 
 #include "curve/curve.h"
+#include "curve/move_limits.h"
 
 namespace curve_edit {
 
 /// Limits of an unconstrained move: [-kUnbounded, +kUnbounded].
-constexpr float kUnbounded = 1e8f;
+using move_limits::kUnbounded;
 
 /// Handle selector bits (in operations and hit results alike).
 constexpr int kInHandle = 0x100;

@@ -16,6 +16,7 @@
 #include "curve/curve_undo.h"
 #include "curvectl/messages.h"
 #include "host/hold.h"
+#include "platform/client_message.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -76,9 +77,10 @@ int Curve::InsertKnotEx(int where, CurveKnot knot, BOOL noRecord) {
     }
 
     if (!noRecord) {
-        SendClientMessage(CURVE_MSG_POINT_INSERTED, WPARAM(where & 0xFFFF));
+        SendClientMessage(CURVE_MSG_POINT_INSERTED, client_message::PackWParam(where));
         if (knot.flags & KNOT_SELECTED)
-            SendClientMessage(CURVE_MSG_SELECTION, WPARAM(SelectedCount(*this) & 0xFFFF));
+            SendClientMessage(CURVE_MSG_SELECTION,
+                              client_message::PackWParam(SelectedCount(*this)));
     }
     return where;
 }
@@ -204,7 +206,7 @@ void Curve::DeleteKnotEx(int i, BOOL noRecord) {
         InvalidateCache();
     }
     if (!noRecord)
-        SendClientMessage(CURVE_MSG_POINT_DELETED, WPARAM(i & 0xFFFF));
+        SendClientMessage(CURVE_MSG_POINT_DELETED, client_message::PackWParam(i));
 }
 
 // The first and last points stay: they hold the curve's ends at the x range, and a curve

@@ -22,6 +22,7 @@
 #include "curve/file_count.h"
 #include "curvectl/messages.h"
 #include "host/chunk_values.h"
+#include "platform/client_message.h"
 
 #include <cstdlib>
 
@@ -247,8 +248,7 @@ IOResult Curve::loadOldPoints(ILoad* iload) {
             p.outTan = outTan;
             InvalidateCache();
         }
-        SendClientMessage(CURVE_MSG_TANGENT_CHANGED,
-                          WPARAM((changed << 16) | (unsigned(i) & 0xFFFF)));
+        SendClientMessage(CURVE_MSG_TANGENT_CHANGED, client_message::PackWParam(i, changed));
         uint32_t flags = 0;
         if ((r = ReadLE32(iload, flags)) != IO_OK)
             return r;

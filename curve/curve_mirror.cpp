@@ -71,7 +71,8 @@ void dropControllers(Curve& c) {
 void finishWholeCurveChange(Curve& c) {
     c.InvalidateCache();
     if (!c.NotifySuspended() && c.Owner())
-        c.Owner()->NotifyDependents(FOREVER, 3, REFMSG_CHANGE, NOTIFY_ALL, TRUE);
+        c.Owner()->NotifyDependents(FOREVER, PART_TOPO | PART_GEOM, REFMSG_CHANGE, NOTIFY_ALL,
+                                    TRUE);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "curve/curve_eval_cache.h"
+#include "curve/move_limits.h"
 #include "host/geom.h"
 #include "host/win_types.h"
 
@@ -19,8 +20,8 @@ namespace curve_records {
 
 using curve_eval::CachedKnot;
 
-/// Start value of every move limit; end points keep it.
-constexpr float kRoomStart = 100000000.0f;
+/// Start value of every move limit (an unconstrained move); end points keep it.
+using move_limits::kUnbounded;
 
 /// The owner's ranges and flag word; a curve without owner uses (0, 1), (0, 1) and 0.
 struct OwnerSettings {
@@ -50,10 +51,10 @@ inline void LowerTo(float& room, float v) {
 /// neighbours' positions and facing handles in x and by the y range in y.
 inline void ComputeRoom(CachedKnot* k, int n, int i, float ylo, float yhi) {
     CachedKnot& r = k[i];
-    r.right = kRoomStart;
-    r.left = -kRoomStart;
-    r.up = kRoomStart;
-    r.down = -kRoomStart;
+    r.right = kUnbounded;
+    r.left = -kUnbounded;
+    r.up = kUnbounded;
+    r.down = -kUnbounded;
     if (i <= 0 || i >= n - 1)
         return;
     const CachedKnot& p = k[i - 1];

@@ -7,6 +7,7 @@
 #include "curve/curve_undo.h"
 #include "curvectl/messages.h"
 #include "host/hold.h"
+#include "platform/client_message.h"
 
 #include <cmath>
 
@@ -50,7 +51,7 @@ void Curve::SetSelectionEx(const BitArray& sel, int mode, BOOL notify) {
         }
     }
     if (notify && !(before.IsEmpty() && after.IsEmpty()))
-        SendClientMessage(CURVE_MSG_SELECTION, WPARAM(after.NumberSet() & 0xFFFF));
+        SendClientMessage(CURVE_MSG_SELECTION, client_message::PackWParam(after.NumberSet()));
 }
 
 // Result: SELPOS_HAS_POINTS when a point is selected; SELPOS_X_UNIFORM when every selected

@@ -25,7 +25,9 @@ constexpr int kBottomToolbarHeight = 24;
 constexpr int kBottomBand = 25; // the bottom toolbar and the line above it
 } // namespace
 
-CurveCtlWindow::CurveCtlWindow() : shown_(32) { shown_.ClearAll(); }
+CurveCtlWindow::CurveCtlWindow() : modes_(CreateEditorModes(this)), shown_(32) {
+    shown_.ClearAll();
+}
 
 CurveCtlWindow::~CurveCtlWindow() {
     strip_.reset();
@@ -62,10 +64,9 @@ void CurveCtlWindow::Init(HWND frame, CurveControl* control, int mode) {
     toolbars_.curveButtons.resize(size_t(std::max(0, control->GetCurveCount())));
     createToolbars();
 
-    modes_.SetWindow(this);
-    mice_.SetMouseProc(&modes_.right, RIGHT_BUTTON, 1);
+    mice_.SetMouseProc(modes_->Get(IEditorModes::kPointMenu), RIGHT_BUTTON, 1);
     if (Flags() & CC_SHOWSCROLLBARS)
-        mice_.SetMouseProc(&modes_.pan, MIDDLE_BUTTON, 2);
+        mice_.SetMouseProc(modes_->Get(IEditorModes::kPan), MIDDLE_BUTTON, 2);
 
     graph_.Create(this);
     strip_ = std::make_unique<PosWindow>();
@@ -190,10 +191,7 @@ void CurveCtlWindow::SetScroll(int hScroll, int vScroll) {
     SetScrollPos(hScrollBar_, SB_CTL, hScroll, TRUE);
     SetScrollPos(vScrollBar_, SB_CTL, vScroll, TRUE);
     InvalidateRect(graph_.Handle(), nullptr, FALSE);
-    if (strip_) {
-        InvalidateRect(strip_->Handle(), nullptr, FALSE);
-        UpdateWindow(strip_->Handle());
-    }
+    repaintStripNow();
 }
 
 void CurveCtlWindow::SetCaption(const char* title) { SetWindowTextA(frame_, title); }

@@ -14,16 +14,16 @@
 //   time_change.cpp       DefTimeChangeCallback
 #pragma once
 
+#include "control/editor_ids.h"
 #include "control/editor_link.h"
 #include "editor/base_window.h"
-#include "editor/editor_ids.h"
+#include "editor/mode_link.h"
 #include "editor/sub_windows.h"
 #include "editor/time_change.h"
 #include "host/bitarray.h"
 #include "host/custctrl.h"
 #include "host/interval.h"
 #include "host/mouse_manager.h"
-#include "modes/mouse_modes.h"
 
 #include <climits>
 #include <memory>
@@ -51,12 +51,22 @@ using EditRef = std::unique_ptr<ICustEdit, EditRelease>;
 using StatusRef = std::unique_ptr<ICustStatus, StatusRelease>;
 /// @}
 
+/// View modes of the editor (SetViewMode); -1 is none.
+enum EditorViewMode {
+    kViewNone = -1,
+    kViewPan = 0,
+    kViewZoomHorizontal = 1,
+    kViewZoomVertical = 2,
+    kViewZoomRegion = 3,
+    kViewZoom = 4,
+};
+
 /// The view's scales (pixels per curve unit). The offsets are the scroll positions.
 struct ViewScale {
-    float xs = 0.138f;    // x scale, within [0.00002, 1000000]
-    float ys = 0.003f;    // y scale, within [0.0000001, 100000000]
-    float third = 1.0f;   // kept with the scales; read by nothing here
-    int reserved[2] = {}; // zeroed field that follows the scales
+    float xs = view_scale::kInitialXScale; // x scale, within [kXScaleMin, kXScaleMax]
+    float ys = view_scale::kInitialYScale; // y scale, within [kYScaleMin, kYScaleMax]
+    float third = 1.0f;                    // kept with the scales; read by nothing here
+    int reserved[2] = {};                  // zeroed field that follows the scales
 };
 
 /// What the painting code caches between paints.
@@ -137,8 +147,8 @@ public:
 
     /// @name Edit and view modes (editor_commands.cpp)
     /// @{
-    /// Checks the edit button `id` (400 move, 401 scale, 402 insert; 670 the host's own
-    /// command mode) and installs its mouse mode; leaves any view mode.
+    /// Checks the edit button `id` (editor_id::kMove, kScale, kAddPoint; kHostCommandMode
+    /// the host's own command mode) and installs its mouse mode; leaves any view mode.
     void SetEditMode(int id);
     /// 0 pan, 1 zoom horizontally, 2 zoom vertically, 3 zoom region, 4 zoom; choosing the
     /// current one again returns to the edit mode.
@@ -187,6 +197,12 @@ public:
     void RefreshViewNow();
     /// The frame's repaint request (message 0x2400): as RefreshView, never erasing.
     void RepaintRequest();
+    /// The repaint of one step of a point or handle drag: the graph drawn again at once,
+    /// and the ruler strip repainted from the picture it keeps (a drag step changes the
+    /// view only by auto-scrolling, which drops that picture itself).
+    void RepaintDragStep();
+    /// The repaint as a drag ends: RepaintDragStep, then the whole editor window.
+    void RepaintDragEnd();
     /// @}
 
     /// @name Parts, for the sub-windows, the modes and the view code
@@ -203,7 +219,8 @@ public:
     CurveWindow& Graph() { return graph_; }
     PosWindow* Strip() { return strip_.get(); }
     MouseManager& Mice() { return mice_; }
-    MouseModeSet& Modes() { return modes_; }
+    /// The mouse modes (one object of each, owned by the window).
+    IEditorModes& Modes() { return *modes_; }
     const BitArray& ShownCurves() const { return shown_; }
     bool MouseActivated() const { return mouseActivated_ != 0; }
     /// @}
@@ -215,14 +232,15 @@ private:
     void addCurveButtons();
     void releaseControls();
     void flyOffSetup();
+    void repaintStripNow(); // the strip's kept picture, at once (view_range.cpp)
 
     // Order matters for teardown: members are destroyed last to first, so the graph (and
     // its buffer) goes last, after the mouse manager and the modes.
-    CurveWindow graph_;                // the graph (member)
-    MouseModeSet modes_;               // one object of each mouse mode
-    MouseManager mice_;                // hands the graph's mouse input to the modes
-    DefTimeChangeCallback timeChange_; // registered with the host while the window lives
-    std::unique_ptr<PosWindow> strip_; // the ruler strip (owned)
+    CurveWindow graph_;                   // the graph (member)
+    std::unique_ptr<IEditorModes> modes_; // one object of each mouse mode (owned)
+    MouseManager mice_;                   // hands the graph's mouse input to the modes
+    DefTimeChangeCallback timeChange_;    // registered with the host while the window lives
+    std::unique_ptr<PosWindow> strip_;    // the ruler strip (owned)
 
     CurveControl* control_ = nullptr; // the control shown (not owned)
     HWND frame_ = nullptr;            // the frame window ("DefPopUp") that owns this

@@ -1,6 +1,6 @@
 #include "editor/delete_user.h"
 
-#include "editor/editor_ids.h"
+#include "control/editor_ids.h"
 
 DeformDeleteUser& DeformDeleteUser::Instance() {
     static DeformDeleteUser user;

@@ -4,7 +4,7 @@
 #include "control/curve_control.h"
 #include "editor/curve_ctl_window.h"
 #include "host/core_interface.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 namespace {
 
@@ -17,8 +17,9 @@ constexpr int kEditButtons[] = {editor_id::kMove, editor_id::kScale, editor_id::
 constexpr int kViewButtons[] = {editor_id::kPan, editor_id::kZoomHorizontally,
                                 editor_id::kZoomVertically, editor_id::kZoomRegion,
                                 editor_id::kZoom};
-/// View mode -> string-table prompt.
-constexpr int kViewPrompts[] = {23, 21, 20, 22, 24};
+/// View mode -> its prompt: pan, zoom horizontally, zoom vertically, zoom region, zoom.
+constexpr int kViewPrompts[] = {IDS_PROMPT_PAN, IDS_PROMPT_ZOOM_HORIZONTAL,
+                                IDS_PROMPT_ZOOM_VERTICAL, IDS_PROMPT_ZOOM_REGION, IDS_PROMPT_ZOOM};
 
 } // namespace
 
@@ -113,13 +114,13 @@ void CurveCtlWindow::ShowPrompt() {
     } else if (viewMode_ < 0) {
         switch (editMode_) {
         case editor_id::kMove:
-            prompt = 25;
+            prompt = IDS_PROMPT_MOVE;
             break;
         case editor_id::kScale:
-            prompt = 27; // keeps the two blanks after "scale."
+            prompt = IDS_PROMPT_SCALE; // keeps the two blanks after "scale."
             break;
         case editor_id::kAddPoint:
-            prompt = 26;
+            prompt = IDS_PROMPT_INSERT;
             break;
         default:
             return; // any other edit mode leaves the text as it is
@@ -159,15 +160,15 @@ void CurveCtlWindow::SetEditMode(int id) {
     editMode_ = id;
     switch (id) {
     case editor_id::kMove:
-        modes_.base.subMode = &modes_.move;
-        mice_.SetMouseProc(&modes_.base, LEFT_BUTTON, 2);
+        modes_->SetDragMode(IEditorModes::kMove);
+        mice_.SetMouseProc(modes_->Get(IEditorModes::kSelect), LEFT_BUTTON, 2);
         break;
     case editor_id::kScale:
-        modes_.base.subMode = &modes_.scale;
-        mice_.SetMouseProc(&modes_.base, LEFT_BUTTON, 2);
+        modes_->SetDragMode(IEditorModes::kScale);
+        mice_.SetMouseProc(modes_->Get(IEditorModes::kSelect), LEFT_BUTTON, 2);
         break;
     case editor_id::kAddPoint:
-        mice_.SetMouseProc(&modes_.insert, LEFT_BUTTON, 2);
+        mice_.SetMouseProc(modes_->Get(IEditorModes::kInsert), LEFT_BUTTON, 2);
         break;
     default:
         break;
@@ -180,7 +181,7 @@ void CurveCtlWindow::SetEditMode(int id) {
 void CurveCtlWindow::SetViewMode(int mode) {
     if (mode == viewMode_) {
         // The active view tool again: back to the edit mode that was active before.
-        mice_.SetMouseProc(&modes_.dummy, LEFT_BUTTON, 2);
+        mice_.SetMouseProc(modes_->Get(IEditorModes::kIdle), LEFT_BUTTON, 2);
         SetEditMode(editMode_);
         viewMode_ = kViewNone;
         ShowPrompt();
@@ -204,13 +205,13 @@ void CurveCtlWindow::SetViewMode(int mode) {
 
     switch (mode) {
     case kViewPan:
-        mice_.SetMouseProc(&modes_.pan, LEFT_BUTTON, 2);
+        mice_.SetMouseProc(modes_->Get(IEditorModes::kPan), LEFT_BUTTON, 2);
         break;
     case kViewZoomRegion:
-        mice_.SetMouseProc(&modes_.zoomRegion, LEFT_BUTTON, 2);
+        mice_.SetMouseProc(modes_->Get(IEditorModes::kZoomRegion), LEFT_BUTTON, 2);
         break;
     default:
-        mice_.SetMouseProc(&modes_.zoom, LEFT_BUTTON, 2);
+        mice_.SetMouseProc(modes_->Get(IEditorModes::kZoom), LEFT_BUTTON, 2);
         break;
     }
     ShowPrompt();

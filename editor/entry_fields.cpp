@@ -4,7 +4,7 @@
 #include "editor/curve_ctl_window.h"
 #include "host/core_interface.h"
 #include "host/hold.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -69,7 +69,7 @@ LRESULT CurveCtlWindow::EditEnter(int id, LPARAM) {
         }
     }
     if (changed) {
-        theHold.Accept(GetResString(29));
+        theHold.Accept(GetResString(IDS_MOVE_POINTS));
         InvalidateGraph();
         UpdateWindow(graph_.Handle());
     } else {

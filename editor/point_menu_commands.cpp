@@ -6,12 +6,10 @@
 #include "editor/sub_windows.h"
 #include "host/core_interface.h"
 #include "host/hold.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 #include "res/resource.h"
 
 namespace {
-
-constexpr int kTypeChangeName = 33; // string-table text "Type Change"
 
 /// Gives the selected points of every displayed curve the type `type` (flags & 3), as one
 /// undo step, then repaints and tells the control's dependents.
@@ -30,7 +28,7 @@ void changeSelectedTypes(CurveCtlWindow& w, int type) {
             if (c->Knots()[k].flags & KNOT_SELECTED)
                 c->ChangeKnotType(t, k, type);
     }
-    theHold.Accept(GetResString(kTypeChangeName));
+    theHold.Accept(GetResString(IDS_TYPE_CHANGE));
     w.RedrawGraph();
     NotifyControlChanged(control);
 }

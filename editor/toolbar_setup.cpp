@@ -10,7 +10,7 @@
 #include "editor/curve_ctl_window.h"
 #include "editor/editor_resources.h"
 #include "host/colorman.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 // ---------------------------------------------------------------------------------------
 // [SECTION] Item tables
@@ -26,7 +26,7 @@ struct ButtonSpec {
     int id;
     int type;      // CTB_PUSHBUTTON or CTB_CHECKBUTTON
     int images[4]; // out enabled, in enabled, out disabled, in disabled
-    int tooltip;   // string-table id of the tooltip
+    int tooltip;   // string id (IDS_...) of the tooltip
 };
 
 /// One item of a toolbar table: a separator of `width`, or a button.
@@ -36,14 +36,20 @@ struct ItemSpec {
 };
 
 // View toolbar buttons: 22 x 20.
-constexpr ButtonSpec kPan{editor_id::kPan, CTB_CHECKBUTTON, {4, 4, 4, 4}, 12};
-constexpr ButtonSpec kZoomExt{editor_id::kZoomExtents, CTB_PUSHBUTTON, {12, 12, 12, 12}, 8};
-constexpr ButtonSpec kZoomHExt{editor_id::kZoomHorizontalExtents, CTB_PUSHBUTTON, {0, 0, 0, 0}, 7};
-constexpr ButtonSpec kZoomVExt{editor_id::kZoomVerticalExtents, CTB_PUSHBUTTON, {5, 5, 5, 5}, 6};
-constexpr ButtonSpec kZoomH{editor_id::kZoomHorizontally, CTB_CHECKBUTTON, {6, 6, 11, 11}, 10};
-constexpr ButtonSpec kZoomV{editor_id::kZoomVertically, CTB_CHECKBUTTON, {2, 2, 10, 10}, 9};
-constexpr ButtonSpec kZoom{editor_id::kZoom, CTB_CHECKBUTTON, {7, 7, 7, 7}, 11};
-constexpr ButtonSpec kZoomRegion{editor_id::kZoomRegion, CTB_CHECKBUTTON, {3, 3, 3, 3}, 13};
+constexpr ButtonSpec kPan{editor_id::kPan, CTB_CHECKBUTTON, {4, 4, 4, 4}, IDS_PAN};
+constexpr ButtonSpec kZoomExt{
+    editor_id::kZoomExtents, CTB_PUSHBUTTON, {12, 12, 12, 12}, IDS_ZOOM_EXTENTS};
+constexpr ButtonSpec kZoomHExt{
+    editor_id::kZoomHorizontalExtents, CTB_PUSHBUTTON, {0, 0, 0, 0}, IDS_ZOOM_HORIZONTAL_EXTENTS};
+constexpr ButtonSpec kZoomVExt{
+    editor_id::kZoomVerticalExtents, CTB_PUSHBUTTON, {5, 5, 5, 5}, IDS_ZOOM_VERTICAL_EXTENTS};
+constexpr ButtonSpec kZoomH{
+    editor_id::kZoomHorizontally, CTB_CHECKBUTTON, {6, 6, 11, 11}, IDS_ZOOM_HORIZONTALLY};
+constexpr ButtonSpec kZoomV{
+    editor_id::kZoomVertically, CTB_CHECKBUTTON, {2, 2, 10, 10}, IDS_ZOOM_VERTICALLY};
+constexpr ButtonSpec kZoom{editor_id::kZoom, CTB_CHECKBUTTON, {7, 7, 7, 7}, IDS_ZOOM};
+constexpr ButtonSpec kZoomRegion{
+    editor_id::kZoomRegion, CTB_CHECKBUTTON, {3, 3, 3, 3}, IDS_ZOOM_REGION};
 
 /// The view-mode buttons, which get the highlight colour.
 constexpr int kViewModeButtons[] = {editor_id::kPan, editor_id::kZoomHorizontally,
@@ -51,11 +57,14 @@ constexpr int kViewModeButtons[] = {editor_id::kPan, editor_id::kZoomHorizontall
                                     editor_id::kZoomRegion};
 
 // Edit toolbar buttons: 23 x 22.
-constexpr ButtonSpec kMoveBtn{editor_id::kMove, CTB_CHECKBUTTON, {0, 0, 0, 0}, 14};
-constexpr ButtonSpec kScaleBtn{editor_id::kScale, CTB_CHECKBUTTON, {20, 20, 20, 20}, 17};
-constexpr ButtonSpec kAddBtn{editor_id::kAddPoint, CTB_CHECKBUTTON, {3, 3, 3, 3}, 15};
-constexpr ButtonSpec kDeleteBtn{editor_id::kDeletePoint, CTB_PUSHBUTTON, {4, 4, 4, 4}, 16};
-constexpr ButtonSpec kResetBtn{editor_id::kResetCurves, CTB_PUSHBUTTON, {19, 19, 19, 19}, 18};
+constexpr ButtonSpec kMoveBtn{editor_id::kMove, CTB_CHECKBUTTON, {0, 0, 0, 0}, IDS_MOVE};
+constexpr ButtonSpec kScaleBtn{
+    editor_id::kScale, CTB_CHECKBUTTON, {20, 20, 20, 20}, IDS_SCALE_POINT_TIP};
+constexpr ButtonSpec kAddBtn{editor_id::kAddPoint, CTB_CHECKBUTTON, {3, 3, 3, 3}, IDS_ADD_POINT};
+constexpr ButtonSpec kDeleteBtn{
+    editor_id::kDeletePoint, CTB_PUSHBUTTON, {4, 4, 4, 4}, IDS_DELETE_POINT};
+constexpr ButtonSpec kResetBtn{
+    editor_id::kResetCurves, CTB_PUSHBUTTON, {19, 19, 19, 19}, IDS_RESET_CURVES};
 
 /// Edit toolbar items before the curve buttons; the last two only with flag 8.
 constexpr ItemSpec kEditItems[] = {

@@ -5,6 +5,8 @@
 // rather than undefined behaviour.
 #include "editor/view_mapping.h"
 
+#include "curvectl/icurvectl.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -71,7 +73,7 @@ int VposFromY0(int y0, int height) {
 
 RECT UsableArea(const RECT& client, DWORD controlFlags) {
     RECT r = client;
-    if (controlFlags & kRulerFlag) {
+    if (controlFlags & CC_DRAWRULER) {
         r.left = 32;
         r.top = 6;
         r.right = client.right - 6;

@@ -21,6 +21,7 @@
 //   Ruler ................... label and tick steps, label text
 #pragma once
 
+#include "control/editor_ids.h"
 #include "curve/curve_screen.h"
 #include "host/geom.h"
 #include "host/win_types.h"
@@ -32,13 +33,13 @@ namespace view {
 // ---------------------------------------------------------------------------------------
 // [SECTION] Scales and offsets
 
-constexpr float kXScaleMin = 0.00002f;
-constexpr float kXScaleMax = 1000000.0f;
-constexpr float kYScaleMin = 0.0000001f;
-constexpr float kYScaleMax = 100000000.0f;
-/// Scales of a newly opened editor.
-constexpr float kInitialXScale = 0.138f;
-constexpr float kInitialYScale = 0.003f;
+// The scale limits and the scales of a newly opened editor (control/editor_ids.h).
+using view_scale::kInitialXScale;
+using view_scale::kInitialYScale;
+using view_scale::kXScaleMax;
+using view_scale::kXScaleMin;
+using view_scale::kYScaleMax;
+using view_scale::kYScaleMin;
 
 /// A value above the top becomes the top; one not at least the bottom (NaN too) the bottom.
 float ClampXScale(float xs);
@@ -50,9 +51,8 @@ inline int HposFromX0(int x0) { return int((int64_t(x0) + 7) / 2); }
 int Y0FromVpos(int vpos, int height);
 int VposFromY0(int y0, int height);
 
-/// The control flag that insets the usable area for the value labels (CC_DRAWRULER).
-constexpr DWORD kRulerFlag = 0x2;
-/// The client rectangle, inset to left 32, top 6, right - 6, bottom - 6 with kRulerFlag.
+/// The client rectangle, inset to left 32, top 6, right - 6, bottom - 6 with control flag
+/// CC_DRAWRULER (room for the value labels).
 RECT UsableArea(const RECT& client, DWORD controlFlags);
 
 // ---------------------------------------------------------------------------------------

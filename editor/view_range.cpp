@@ -275,6 +275,27 @@ void CurveCtlWindow::RefreshViewNow() {
     UpdateWindow(graph_.Handle());
 }
 
+void CurveCtlWindow::repaintStripNow() {
+    if (strip_) {
+        InvalidateRect(strip_->Handle(), nullptr, FALSE);
+        UpdateWindow(strip_->Handle());
+    }
+}
+
+// The ruler's picture depends on the view alone (scale, offset, size), so the strip is
+// repainted from the picture it keeps rather than drawn again: the same pixels, without
+// drawing the ruler's text at every step.
+void CurveCtlWindow::RepaintDragStep() {
+    RedrawGraph();
+    repaintStripNow();
+}
+
+void CurveCtlWindow::RepaintDragEnd() {
+    RepaintDragStep();
+    InvalidateRect(hWnd_, nullptr, FALSE);
+    UpdateWindow(hWnd_);
+}
+
 void CurveCtlWindow::RepaintRequest() {
     paint_.graphValid = 0;
     InvalidateRect(graph_.Handle(), nullptr, FALSE);

@@ -4,7 +4,7 @@
 #include "editor/editor_resources.h"
 #include "host/actctx.h"
 #include "host/gdi_tracking.h"
-#include "plugin/platform.h"
+#include "platform/platform.h"
 #include "res/resource.h"
 
 namespace {

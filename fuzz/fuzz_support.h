@@ -13,8 +13,8 @@
 #include "control/curve_control.h"
 #include "host/class_desc.h"
 #include "host/scene.h"
+#include "platform/platform.h"
 #include "plugin/class_descs.h"
-#include "plugin/platform.h"
 
 #include <cmath>
 #include <cstdio>

@@ -17,7 +17,7 @@
 #include "host/colorman.h"
 #include "host/hold.h"
 #include "modes/mouse_modes.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 // ---------------------------------------------------------------------------------------
 // [SECTION] Hits and selection steps
@@ -42,9 +42,6 @@ constexpr int kAdd = CURVE_SELECT_ADD;
 constexpr int kRemove = CURVE_SELECT_REMOVE;
 constexpr int kReplace = CURVE_SELECT_REPLACE;
 
-/// String of the selection's undo step, "Select".
-constexpr int kSelectName = 35;
-
 /// More than 2 pixels from the press (squared distance above 4) makes a drag.
 constexpr int kDragThreshold2 = 4;
 
@@ -53,7 +50,7 @@ constexpr int kDragThreshold2 = 4;
 template <class Change> void selectStep(CurveCtlWindow& w, Change change) {
     theHold.Begin();
     change();
-    theHold.Accept(GetResString(kSelectName));
+    theHold.Accept(GetResString(IDS_SELECT));
     w.RedrawGraph();
 }
 

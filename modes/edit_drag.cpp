@@ -6,7 +6,7 @@
 #include "host/core_interface.h"
 #include "host/hold.h"
 #include "modes/mouse_modes.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 #include <algorithm>
 
@@ -38,17 +38,6 @@ private:
 
 void dropCaches(CurveCtlWindow& w) {
     ForEachDisplayed(w, [](Curve& c, int) { c.InvalidateCache(); });
-}
-
-// The ruler's picture depends on the view alone (scale, offset, size), which a drag step
-// changes only by auto-scrolling, and that drops the picture itself. So the strip is
-// repainted from the picture it keeps rather than drawn again: the same pixels, without
-// drawing the ruler's text at every step.
-void repaintStrip(CurveCtlWindow& w) {
-    if (PosWindow* strip = w.Strip()) {
-        InvalidateRect(strip->Handle(), nullptr, FALSE);
-        UpdateWindow(strip->Handle());
-    }
 }
 
 } // namespace
@@ -92,11 +81,6 @@ void RestorePressState(CurveCtlWindow& w) {
     dropCaches(w);
 }
 
-void RepaintStep(CurveCtlWindow& w) {
-    w.RedrawGraph();
-    repaintStrip(w);
-}
-
 void EndDrag(CurveCtlWindow& w, bool accept, int name) {
     {
         QuietRedraw quiet(w.Control());
@@ -111,9 +95,7 @@ void EndDrag(CurveCtlWindow& w, bool accept, int name) {
     dropCaches(w);
     if (accept && w.Control())
         w.Control()->NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
-    RepaintStep(w);
-    InvalidateRect(w.Handle(), nullptr, FALSE);
-    UpdateWindow(w.Handle());
+    w.RepaintDragEnd();
 }
 
 void AbandonDrag(CurveControl& control) {

@@ -5,7 +5,7 @@
 //            preparation made); then the drag's own hold with a CurveAFlagHandler
 //   each     RestorePressState: the hold rolls back to the press state, the curves' caches
 //   move     are dropped; the mode re-applies the whole offset from the press; then
-//            RepaintStep
+//            the window's RepaintDragStep
 //   release  EndDrag(accept): Accept and SuperAccept under one name, dependents notified
 //   abort    EndDrag(cancel): Cancel and SuperCancel
 //
@@ -61,12 +61,9 @@ void BeginDrag(CurveCtlWindow& w, bool prepare, int prepareName);
 /// repaints once, at its end.
 void RestorePressState(CurveCtlWindow& w);
 
-/// The repaint at the end of a drag step: the graph and the ruler strip.
-void RepaintStep(CurveCtlWindow& w);
-
 /// Ends the drag: `accept` keeps it as one undo step named by string `name` and notifies
 /// the control's dependents; otherwise the drag is rolled back. Either way the graph, the
-/// strip and the editor window are repainted.
+/// strip and the editor window are repainted (CurveCtlWindow::RepaintDragEnd).
 void EndDrag(CurveCtlWindow& w, bool accept, int name);
 
 /// Rolls back a drag whose editor is going away: the holds are cancelled and the caches

@@ -7,7 +7,7 @@
 #include "host/core_interface.h"
 #include "host/hold.h"
 #include "modes/mouse_modes.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 #include <algorithm>
 #include <vector>
@@ -23,9 +23,6 @@ constexpr int kPointAtCursor = CURVE_HIT_CLICK | CURVE_HIT_STOP_FIRST | CURVE_HI
 constexpr int kSegmentAtCursor = CURVE_HIT_CLICK | CURVE_HIT_STOP_FIRST | CURVE_HIT_CURVE;
 static_assert(kPointAtClick == 0x450 && kSegmentAtClick == 0x460, "insert press requests");
 static_assert(kPointAtCursor == 0x414 && kSegmentAtCursor == 0x424, "insert hover requests");
-
-/// String-table text of the undo step.
-constexpr int kInsertPointsName = 32; // "Insert Points"
 
 /// 0 Corner, 1 Bezier: the Add Point fly-off's entry when the edit toolbar has the
 /// button, else the control's tool mode (5 is Insert Bezier).
@@ -70,7 +67,7 @@ void insertAt(CurveCtlWindow& w, HWND hwnd, IPoint2 m) {
         for (int segment : segments)
             inserted |= curve->InsertKnotAtX(t, segment, x, kind) != 0;
     }
-    theHold.Accept(GetResString(kInsertPointsName));
+    theHold.Accept(GetResString(IDS_INSERT_POINTS));
     if (inserted)
         w.RedrawGraph();
 }

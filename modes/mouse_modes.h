@@ -1,5 +1,6 @@
 // The editor's mouse modes: one object of each lives in every CurveCtlWindow
-// (MouseModeSet) and is installed on its MouseManager as the edit and view modes change.
+// (MouseModeSet, which the window sees as IEditorModes, editor/mode_link.h) and is
+// installed on its MouseManager as the edit and view modes change.
 //
 //   DeformMouseProc            clicking, selecting and region boxes; hands drags to its
 //                              sub-mode (move, scale or insert)
@@ -12,10 +13,11 @@
 //   DeformZoomRegionMouseProc  zooms to a dragged box
 //   DeformDummyMouseProc       the left button's mode while none applies: does nothing
 //
-// Each holds a back pointer to its window; the window sets it during Init, before any
-// mode is installed, and outlives them.
+// Each holds a back pointer to its window, set as the window makes its set, before any
+// mode is installed; the window outlives them.
 #pragma once
 
+#include "editor/mode_link.h"
 #include "host/geom.h"
 #include "host/mouse_manager.h"
 
@@ -167,8 +169,16 @@ public:
     CurveCtlWindow* window = nullptr; // not owned
 };
 
-/// One of each mode, as a CurveCtlWindow holds them.
-struct MouseModeSet {
+/// One of each mode, as a CurveCtlWindow holds them (through IEditorModes; made by
+/// CreateEditorModes, mode_set.cpp).
+class MouseModeSet final : public IEditorModes {
+public:
+    /// Points every mode back at `w`.
+    explicit MouseModeSet(CurveCtlWindow* w);
+
+    MouseCallBack* Get(Mode mode) override;
+    void SetDragMode(Mode mode) override;
+
     DeformMouseProc base;
     DeformZoomMouseProc zoom;
     DeformZoomRegionMouseProc zoomRegion;
@@ -178,13 +188,4 @@ struct MouseModeSet {
     DeformScaleMouseProc scale;
     DeformInsertMouseProc insert;
     DeformDummyMouseProc dummy;
-
-    /// Points every mode back at `w`.
-    void SetWindow(CurveCtlWindow* w) {
-        base.window = zoom.window = zoomRegion.window = pan.window = dummy.window = w;
-        right.window = w;
-        move.window = w;
-        scale.window = w;
-        insert.window = w;
-    }
 };

@@ -13,16 +13,13 @@
 #include "editor/graph_paint.h"
 #include "modes/edit_drag.h"
 #include "modes/mouse_modes.h"
+#include "res/resource.h"
 
 #include <vector>
 
 using namespace edit_drag;
 
 namespace {
-
-/// Strings of the two undo steps.
-constexpr int kMovePointsName = 29;
-constexpr int kAdjustTangentsName = 30;
 
 /// DragHandle's selector bit that breaks the tangent of a Bezier-Smooth point first.
 constexpr int kBreakTangentBit = 0x2;
@@ -72,7 +69,7 @@ int DeformMoveMouseProc::pressed(IPoint2 m) {
     limits.computed = 0;
     breakTangent = 0;
     w.Graph().SetMoving(true);
-    BeginDrag(w, w.Graph().HandleHits().empty(), kMovePointsName);
+    BeginDrag(w, w.Graph().HandleHits().empty(), IDS_MOVE_POINTS);
     openDrag = window->Control();
     press = m;
     return 1;
@@ -117,7 +114,7 @@ void DeformMoveMouseProc::drag(int flags, IPoint2 m) {
         dragHandles(flags, dx, dy);
     else
         dragPoints(dx, dy);
-    RepaintStep(w);
+    w.RepaintDragStep();
 }
 
 void DeformMoveMouseProc::dragPoints(float dx, float dy) {
@@ -163,5 +160,5 @@ void DeformMoveMouseProc::finish(bool accept) {
     CurveCtlWindow& w = *window;
     openDrag = nullptr;
     w.Graph().SetMoving(false);
-    EndDrag(w, accept, w.Graph().HandleHits().empty() ? kMovePointsName : kAdjustTangentsName);
+    EndDrag(w, accept, w.Graph().HandleHits().empty() ? IDS_MOVE_POINTS : IDS_ADJUST_TANGENTS);
 }

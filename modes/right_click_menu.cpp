@@ -12,7 +12,7 @@
 #include "editor/editor_resources.h"
 #include "host/hold.h"
 #include "modes/mouse_modes.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 #include "res/resource.h"
 
 #include <algorithm>
@@ -29,8 +29,6 @@ constexpr int kUnselectedPointAtClick =
     CURVE_HIT_CLICK | CURVE_HIT_POINTS | CURVE_HIT_SKIP_SELECTED;
 static_assert(kSelectedPointAtClick == 0x415 && kUnselectedPointAtClick == 0x412,
               "right-click requests");
-
-constexpr int kSelectName = 35; // string-table text "Select"
 
 /// @name Control flags that allow the menu's entries
 /// @{
@@ -105,7 +103,7 @@ void selectOnly(CurveCtlWindow& w, int curveIndex, int index) {
         bit.Set(index);
         c->SetSelectionEx(bit, CURVE_SELECT_ADD, TRUE);
     }
-    theHold.Accept(GetResString(kSelectName));
+    theHold.Accept(GetResString(IDS_SELECT));
     w.RedrawGraph();
 }
 

@@ -6,23 +6,22 @@
 // S the vertical scroll offset in pixels: d = (H - S - row) / yScale. A press at d = 0
 // would divide by zero and is refused.
 #include "control/curve_control.h"
+#include "curve/move_limits.h"
 #include "editor/curve_ctl_window.h"
 #include "editor/graph_paint.h"
 #include "modes/edit_drag.h"
 #include "modes/mouse_modes.h"
+#include "res/resource.h"
 
 using namespace edit_drag;
 
 namespace {
 
-/// String of the undo step (and of the preparing step).
-constexpr int kScalePointName = 31;
-
 /// The upper factor bound when the selection's highest point lies at y = 0 (the bound's
 /// denominator yHigh - hi is 0). Such a point stays at 0 under every factor, so the top of
 /// the y range sets no bound; the bound is then the "unconstrained" limit the point
 /// operations use, finite so that every later product stays finite.
-constexpr float kNoUpperFactorBound = 1e8f;
+constexpr float kNoUpperFactorBound = move_limits::kUnbounded;
 
 } // namespace
 
@@ -44,7 +43,7 @@ int DeformScaleMouseProc::pressed(IPoint2 m) {
     if (d0 == 0.0f)
         return 0;
     limits.computed = 0;
-    BeginDrag(*window, true, kScalePointName);
+    BeginDrag(*window, true, IDS_SCALE_POINT);
     openDrag = window->Control();
     press = m;
     return 1;
@@ -69,10 +68,10 @@ void DeformScaleMouseProc::drag(int, IPoint2 m) {
         factor = ClampInto(factor, lower, upper);
     }
     ForEachDisplayed(w, [&](Curve& c, int) { c.ScaleSelectedY(t, 0.0f, factor, FALSE); });
-    RepaintStep(w);
+    w.RepaintDragStep();
 }
 
 void DeformScaleMouseProc::finish(bool accept) {
     openDrag = nullptr;
-    EndDrag(*window, accept, kScalePointName);
+    EndDrag(*window, accept, IDS_SCALE_POINT);
 }

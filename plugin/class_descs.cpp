@@ -2,7 +2,7 @@
 
 #include "control/curve_control.h"
 #include "curve/curve.h"
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
 #include <new>
 
@@ -22,7 +22,7 @@ template <class T, class... Args> void* createOrNull(Args... args) noexcept {
 
 void* DefCurveClassDesc::Create(BOOL) { return createOrNull<Curve>(nullptr, 0); }
 void* CurveControlClassDesc::Create(BOOL) { return createOrNull<CurveControl>(); }
-const char* CurveControlClassDesc::ClassName() { return GetResString(3); }
+const char* CurveControlClassDesc::ClassName() { return GetResString(IDS_CLASS_NAME); }
 
 namespace {
 // Static objects: constructed when the module loads, destroyed when it unloads.
@@ -35,7 +35,7 @@ ClassDesc* GetDefCurveClassDesc() { return &curveDesc; }
 
 extern "C" {
 
-const char* LibDescription() { return GetResString(1); }
+const char* LibDescription() { return GetResString(IDS_LIB_DESCRIPTION); }
 
 int LibNumberClasses() { return 2; }
 

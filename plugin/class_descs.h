@@ -1,6 +1,7 @@
 // The module's two class descriptors and its exported entry points.
 #pragma once
 
+#include "curvectl/icurvectl.h"
 #include "host/class_desc.h"
 
 /// Descriptor of Curve: not public, created by the host only while it loads a scene.
@@ -9,8 +10,8 @@ public:
     int IsPublic() override { return 0; }
     void* Create(BOOL loading = FALSE) override;
     const char* ClassName() override { return ""; }
-    SClass_ID SuperClassID() override { return 0x00000100; }
-    Class_ID ClassID() override { return Class_ID(0x5F2D3A0A, 0x4BE75269); }
+    SClass_ID SuperClassID() override { return CURVE_CONTROL_SUPER_CLASS_ID; }
+    Class_ID ClassID() override { return CURVE_CLASS_ID; }
     const char* Category() override { return ""; }
 };
 
@@ -20,8 +21,8 @@ public:
     int IsPublic() override { return 1; }
     void* Create(BOOL loading = FALSE) override;
     const char* ClassName() override;
-    SClass_ID SuperClassID() override { return 0x00000100; }
-    Class_ID ClassID() override { return Class_ID(0x14585773, 0x483A7DCF); }
+    SClass_ID SuperClassID() override { return CURVE_CONTROL_SUPER_CLASS_ID; }
+    Class_ID ClassID() override { return CURVE_CONTROL_CLASS_ID; }
     const char* Category() override { return ""; }
 };
 

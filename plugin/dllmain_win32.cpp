@@ -1,6 +1,6 @@
 // The module's entry point. It runs under the loader lock, so it only stores the
 // instance handle; the class descriptors are ordinary static objects.
-#include "plugin/platform.h"
+#include "platform/platform.h"
 
 #include <windows.h>
 

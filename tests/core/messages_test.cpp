@@ -3,7 +3,7 @@
 #if !defined(_WIN32)
 
 #include "core/message_scenarios.h"
-#include "plugin/platform.h"
+#include "platform/platform.h"
 
 #include <doctest/doctest.h>
 

@@ -1,8 +1,8 @@
 // GetResString: the module's string table through its one shared buffer.
 #include "test_support.h"
 
-#include "plugin/platform.h"
-#include "plugin/res_string.h"
+#include "platform/platform.h"
+#include "platform/res_string.h"
 
 #include <doctest/doctest.h>
 

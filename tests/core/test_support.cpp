@@ -6,7 +6,7 @@
 #include "host/heap.h"
 #include "host/hold.h"
 #include "host/scene.h"
-#include "plugin/platform.h"
+#include "platform/platform.h"
 
 #include <doctest/doctest.h>
 

@@ -12,7 +12,7 @@
 #include "curve/curve.h"
 #include "host/controller.h"
 #include "host/hold.h"
-#include "plugin/platform.h"
+#include "platform/platform.h"
 #include "test_support.h"
 
 #include <algorithm>

@@ -5,11 +5,15 @@
 #include "control/curve_control.h"
 #include "editor/curve_ctl_window.h"
 #include "host/win_types.h"
+#include "modes/mouse_modes.h"
 
 #include <memory>
 #include <string>
 
 namespace edtest {
+
+/// The editor's mouse modes as the objects they are (the window holds them as IEditorModes).
+inline MouseModeSet& ModeSetOf(CurveCtlWindow& w) { return dynamic_cast<MouseModeSet&>(w.Modes()); }
 
 /// Module instance set (resources load from the test program), hold emptied, time 0.
 void ResetHostState();

@@ -251,7 +251,7 @@ TEST_CASE_FIXTURE(EditorFixture, "each mode shows its prompt") {
             if (o.id != v.id)
                 CHECK_FALSE(editor->Toolbars().Button(o.id)->IsChecked());
     }
-    CHECK(editor->Mice().GetMouseProc(LEFT_BUTTON) == &editor->Modes().zoom);
+    CHECK(editor->Mice().GetMouseProc(LEFT_BUTTON) == &ModeSetOf(*editor).zoom);
     // The active view tool again: back to the edit mode.
     command(editor, 1090);
     CHECK(editor->ViewMode() == -1);
@@ -259,22 +259,22 @@ TEST_CASE_FIXTURE(EditorFixture, "each mode shows its prompt") {
     CHECK(editor->Toolbars().Button(402)->IsChecked());
     CHECK_FALSE(editor->Toolbars().Button(1090)->IsChecked());
     CHECK(statusText(editor) == "Click on curve to insert control points.");
-    CHECK(editor->Mice().GetMouseProc(LEFT_BUTTON) == &editor->Modes().insert);
+    CHECK(editor->Mice().GetMouseProc(LEFT_BUTTON) == &ModeSetOf(*editor).insert);
 
     // An edit mode ends a view mode.
     command(editor, 1030);
-    CHECK(editor->Mice().GetMouseProc(LEFT_BUTTON) == &editor->Modes().pan);
+    CHECK(editor->Mice().GetMouseProc(LEFT_BUTTON) == &ModeSetOf(*editor).pan);
     command(editor, 400);
     CHECK(editor->ViewMode() == -1);
     CHECK_FALSE(editor->Toolbars().Button(1030)->IsChecked());
-    CHECK(editor->Mice().GetMouseProc(LEFT_BUTTON) == &editor->Modes().base);
-    CHECK(editor->Modes().base.subMode == &editor->Modes().move);
+    CHECK(editor->Mice().GetMouseProc(LEFT_BUTTON) == &ModeSetOf(*editor).base);
+    CHECK(ModeSetOf(*editor).base.subMode == &ModeSetOf(*editor).move);
     command(editor, 401);
-    CHECK(editor->Modes().base.subMode == &editor->Modes().scale);
+    CHECK(ModeSetOf(*editor).base.subMode == &ModeSetOf(*editor).scale);
     // The right button always has the context menu; the middle one pans with flag 32.
-    CHECK(editor->Mice().GetMouseProc(RIGHT_BUTTON) == &editor->Modes().right);
+    CHECK(editor->Mice().GetMouseProc(RIGHT_BUTTON) == &ModeSetOf(*editor).right);
     CHECK(editor->Mice().GetNumPoints(RIGHT_BUTTON) == 1);
-    CHECK(editor->Mice().GetMouseProc(MIDDLE_BUTTON) == &editor->Modes().pan);
+    CHECK(editor->Mice().GetMouseProc(MIDDLE_BUTTON) == &ModeSetOf(*editor).pan);
     control->SetEditorOpen(FALSE);
 }
 

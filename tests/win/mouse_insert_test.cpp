@@ -44,7 +44,7 @@ TEST_CASE("Insert: a click on the curve inserts a corner point there, selected a
     InsertEditor ed;
     ed.Mode(CC_TOOL_INSERT_CORNER);
     REQUIRE(ed.editor().EditMode() == 402);
-    REQUIRE(ed.editor().Mice().GetMouseProc(LEFT_BUTTON) == &ed.editor().Modes().insert);
+    REQUIRE(ed.editor().Mice().GetMouseProc(LEFT_BUTTON) == &edtest::ModeSetOf(ed.editor()).insert);
     ClientLog log;
     ed.control().SetNotifyWindow(log.get());
 

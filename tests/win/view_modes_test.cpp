@@ -426,7 +426,7 @@ TEST_CASE("View modes show their cursors on every move, with and without the but
 TEST_CASE("Choosing the active view mode again returns to the edit mode before it") {
     OpenEditor ed(1, kFlags);
     CurveCtlWindow& w = ed.editor();
-    MouseModeSet& modes = w.Modes();
+    MouseModeSet& modes = edtest::ModeSetOf(w);
     auto checked = [&](int id) { return w.Toolbars().Button(id)->IsChecked() != FALSE; };
 
     command(ed, 401); // Scale

@@ -39,6 +39,10 @@ typedef ReferenceMaker* RefMakerHandle;
 /// The target is being deleted; sent by the target's destructor.
 #define REFMSG_TARGET_DELETED 0x00000001
 
+/// Parts of a target that a change touches (NotifyDependents): its topology, its geometry,
+/// or everything.
+#define PART_TOPO 0x00000001
+#define PART_GEOM 0x00000002
 #define PART_ALL 0xFFFFFFFF
 /// Super class filter that lets every dependent through.
 #define NOTIFY_ALL 0xFFFFFFF0

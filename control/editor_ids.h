@@ -1,5 +1,8 @@
-// Command ids of the editor's toolbars and commands. Clients and tests send some of them
-// (ZoomExtents sends 1035, the Delete key 420), so the numbers are fixed.
+// The vocabulary a CurveControl and its editor share: the editor's command ids (the control
+// sends some of them: ZoomExtents sends kZoomExtents, SetToolMode selects kMove, kScale or
+// kAddPoint; the Delete key sends kDeletePoint) and the limits and starting values of the
+// editor's view scales (SetZoomState clamps to them). The numbers are fixed: clients and
+// saved scenes see them.
 #pragma once
 
 namespace editor_id {
@@ -36,12 +39,15 @@ constexpr int kZoom = 1090;
 
 } // namespace editor_id
 
-/// View modes of the editor (SetViewMode); -1 is none.
-enum EditorViewMode {
-    kViewNone = -1,
-    kViewPan = 0,
-    kViewZoomHorizontal = 1,
-    kViewZoomVertical = 2,
-    kViewZoomRegion = 3,
-    kViewZoom = 4,
-};
+/// The editor's view scales (pixels per curve unit): their limits and the scales of a
+/// newly opened editor.
+namespace view_scale {
+
+constexpr float kXScaleMin = 0.00002f;
+constexpr float kXScaleMax = 1000000.0f;
+constexpr float kYScaleMin = 0.0000001f;
+constexpr float kYScaleMax = 100000000.0f;
+constexpr float kInitialXScale = 0.138f;
+constexpr float kInitialYScale = 0.003f;
+
+} // namespace view_scale

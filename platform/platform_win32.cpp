@@ -1,4 +1,4 @@
-#include "plugin/platform.h"
+#include "platform/platform.h"
 
 namespace {
 HINSTANCE moduleInstance = nullptr; // set once on process attach

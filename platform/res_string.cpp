@@ -1,6 +1,6 @@
-#include "plugin/res_string.h"
+#include "platform/res_string.h"
 
-#include "plugin/platform.h"
+#include "platform/platform.h"
 
 namespace {
 char stringBuffer[256]; // shared by every caller; user-interface thread only
