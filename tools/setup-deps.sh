@@ -17,6 +17,7 @@ packages=(
     xvfb
     xauth
     doctest-dev
+    libstb-dev                  # stb_image_write.h: the PNG files of screenshots
     doxygen                     # the API reference (windows preset), checked for warnings
 )
 

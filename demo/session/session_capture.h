@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/win_types.h"
-#include "png_file.h"
+#include "png/png_file.h"
 
 namespace session {
 

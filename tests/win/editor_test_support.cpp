@@ -2,8 +2,8 @@
 
 #include "host/core_interface.h"
 #include "host/hold.h"
-#include "plugin/platform.h"
-#include "png_file.h"
+#include "platform/platform.h"
+#include "png/png_file.h"
 
 #include <vector>
 

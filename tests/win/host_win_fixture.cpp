@@ -2,7 +2,7 @@
 
 #include "host/actctx.h"
 #include "host/custctrl.h"
-#include "png_file.h"
+#include "png/png_file.h"
 
 #include <algorithm>
 #include <cstdint>
