@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Checks the formatting, builds every configuration and runs every test:
 #   format: every C++ file as the root .clang-format says (tools/check-format.sh)
+#   layers: every #include runs down the layers (tools/check-layers.sh)
 #   native, asan, tsan, windows: configure, build, ctest
 #   fuzz: configure, build, then each fuzz program for CURVECTL_FUZZ_SECONDS (default 60)
 # Keeps going after a failure, exits non-zero if anything failed, and ends with the line
 #   N passed, N failed
-# where N counts doctest test cases (a test program without doctest counts as one case), plus
-# one per fuzz program, one for the format check and one failure per configure or build
-# step that failed.
+# where N counts doctest test cases as the programs report them (a test that is no doctest
+# program counts as one case; see count_tests), plus one per fuzz program, one each for the
+# format and layer checks and one failure per configure or build step that failed.
 set -uo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -31,40 +32,43 @@ show_log() {
     echo "----"
 }
 
-# Adds the test cases of a CTest JUnit file to the totals.
-count_junit() {
-    local counts
-    counts=$(awk '
-        function flush() {
-            if (!open) return
-            if (status == "run") { p += (found ? tp : 1); f += tf }
-            else if (found && tf > 0) { p += tp; f += tf }
-            else { p += tp; f += 1 }
-            open = 0
-        }
-        /<testcase / {
-            flush()
-            open = 1; found = 0; tp = 0; tf = 0
-            status = "fail"
-            if (match($0, /status="[a-z]+"/)) status = substr($0, RSTART + 8, RLENGTH - 9)
-        }
-        /\[doctest\] test cases:/ {
-            # The summary of the program itself comes last; earlier ones are of child runs.
-            tp = 0; tf = 0
-            line = $0
-            sub(/.*\[doctest\] test cases:/, "", line)
-            n = split(line, part, "|")
-            for (i = 2; i <= n; i++) {
-                if (part[i] ~ /passed/) { gsub(/[^0-9]/, "", part[i]); tp += part[i] }
-                if (part[i] ~ /failed/) { gsub(/[^0-9]/, "", part[i]); tf += part[i] }
-            }
-            found = 1
-        }
-        /<\/testcase>/ { flush() }
-        END { flush(); printf "%d %d\n", p, f }
-    ' "$1")
-    passed=$((passed + ${counts% *}))
-    failed=$((failed + ${counts#* }))
+# Adds up the test cases of a preset's CTest run. Each doctest program writes its counts into
+# <build>/test-counts/<test>.txt ("passed failed skipped", tests/doctest_main.cpp); a test that
+# is no doctest program (the API reference, the SDK test, the demo's session) counts as one
+# case. A test CTest lists as failed counts as one failed case unless its counts file already
+# says that cases failed: a crash, a timeout or a sanitizer report at exit writes no file or
+# a file without failures.
+count_tests() {
+    local preset=$1 dir=$root/build/$1 total files=0 uncounted_failures=0 file name p f s line
+    local -A failed_cases=()
+    total=$(ctest --preset "$preset" -N 2>/dev/null | sed -n 's/^Total Tests: \([0-9][0-9]*\)$/\1/p')
+    for file in "$dir"/test-counts/*.txt; do
+        [ -e "$file" ] || continue
+        name=$(basename "$file" .txt)
+        if ! read -r p f s <"$file" || ! [[ $p =~ ^[0-9]+$ && $f =~ ^[0-9]+$ ]]; then
+            continue # a damaged file: the test counts as if it had written none
+        fi
+        passed=$((passed + p))
+        failed=$((failed + f))
+        failed_cases[$name]=$f
+        files=$((files + 1))
+    done
+    if [ -f "$dir/Testing/Temporary/LastTestsFailed.log" ]; then
+        while IFS= read -r line; do
+            name=${line#*:}
+            [ -n "$name" ] || continue
+            if [ -z "${failed_cases[$name]+set}" ]; then
+                uncounted_failures=$((uncounted_failures + 1))
+                failed=$((failed + 1))
+            elif [ "${failed_cases[$name]}" -eq 0 ]; then
+                failed=$((failed + 1))
+            fi
+            echo "$preset: FAILED $name"
+        done <"$dir/Testing/Temporary/LastTestsFailed.log"
+    fi
+    if [[ $total =~ ^[0-9]+$ ]]; then
+        passed=$((passed + total - files - uncounted_failures))
+    fi
 }
 
 run_preset() {
@@ -83,12 +87,9 @@ run_preset() {
         return
     fi
 
-    local junit=$logs/$preset.junit.xml
-    rm -f "$junit"
-    # The whole output of every test program goes to the JUnit file (CTest keeps only
-    # the first kilobyte of a passed test's output by default): its summary is at the end.
-    local ctest=(ctest --preset "$preset" --output-junit "$junit"
-                 --test-output-size-passed 8000000 --test-output-size-failed 8000000)
+    # Counts of an earlier run must not stand for this one.
+    rm -f "build/$preset"/test-counts/*.txt "build/$preset/Testing/Temporary/LastTestsFailed.log"
+    local ctest=(ctest --preset "$preset")
     if [ "$preset" = windows ] && [ -z "${DISPLAY:-}" ]; then
         # One X server for the whole run; the Windows programs share it.
         ctest=(xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" "${ctest[@]}")
@@ -97,9 +98,7 @@ run_preset() {
     "${ctest[@]}" || rc=$?
 
     local before=$failed
-    if [ -f "$junit" ]; then
-        count_junit "$junit"
-    fi
+    count_tests "$preset"
     if [ $rc -ne 0 ] && [ $failed -eq $before ]; then
         fail "$preset: ctest exited with $rc"
     elif [ $failed -ne $before ]; then
@@ -168,6 +167,12 @@ if bash tools/check-format.sh; then
     passed=$((passed + 1))
 else
     fail "format"
+fi
+echo "==== layers ===="
+if bash tools/check-layers.sh --self-test && bash tools/check-layers.sh; then
+    passed=$((passed + 1))
+else
+    fail "layers"
 fi
 for preset in native asan tsan windows; do
     run_preset "$preset"
