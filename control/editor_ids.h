@@ -1,8 +1,8 @@
 // The vocabulary a CurveControl and its editor share: the editor's command ids (the control
-// sends some of them: ZoomExtents sends kZoomExtents, SetToolMode selects kMove, kScale or
-// kAddPoint; the Delete key sends kDeletePoint) and the limits and starting values of the
-// editor's view scales (SetZoomState clamps to them). The numbers are fixed: clients and
-// saved scenes see them.
+// uses some of them: ZoomExtents sends kZoomExtents, SetToolMode selects kMove, kScale or
+// kAddPoint) and the limits and starting values of the editor's view scales (SetZoomState
+// clamps to them). The ids are fixed: clients send some of them to the editor window as
+// WM_COMMAND (kZoomExtents, kDeletePoint, as the Delete key does).
 #pragma once
 
 namespace editor_id {
