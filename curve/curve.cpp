@@ -98,6 +98,8 @@ SClass_ID Curve::SuperClassID() { return CURVE_CONTROL_SUPER_CLASS_ID; }
 void* Curve::GetInterface(ULONG id) {
     if (id == I_CURVE_INTERFACE || id == I_CURVE_INTERFACE_ALT)
         return this;
+    if (id == I_CURVE_BATCH_INTERFACE)
+        return static_cast<ICurveBatch*>(this);
     return ICurve::GetInterface(id);
 }
 

@@ -8,6 +8,8 @@
 // Where each group of operations is implemented:
 //   curve.cpp         construction, copying, resizing, the host-facing face, simple queries
 //   curve_eval.cpp    evaluation and its caches
+//   curve_batch.cpp   batch evaluation (ICurveBatch; kernels in curve_batch_*.cpp)
+//   curve_lookup_accuracy.cpp  lookup sizes chosen by measured accuracy (ICurveBatch)
 //   curve_undo.cpp    the undo records (curve_undo.h)
 //   curve_edit.cpp    point editing under constraints, selection, insertion, deletion
 //   curve_io.cpp      saving and loading
@@ -18,14 +20,17 @@
 
 #include "curve/curve_eval_cache.h"
 #include "curvectl/icurve.h"
+#include "curvectl/icurve_batch.h"
 #include "host/bitarray.h"
 #include "host/geom.h"
 #include "host/interval.h"
 #include "host/tab.h"
 
 #include <atomic>
+#include <cstddef>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 class CurveControl;
 class DeformPtPosChange;
@@ -41,7 +46,7 @@ struct CurveScreen;
 #define SELPOS_X_UNIFORM 0x2
 #define SELPOS_Y_UNIFORM 0x8
 
-class Curve : public ICurve {
+class Curve : public ICurve, public ICurveBatch {
 public:
     /// A curve without points. `owner` may be null (curves made by the class descriptor
     /// or as temporaries); such a curve sends no client messages and asks for no redraw.
@@ -97,6 +102,18 @@ public:
     void DeleteKnot(int i) override { DeleteKnotEx(i, FALSE); }
     void SetLookupSize(int n) override;
     int GetLookupSize() override { return lookupSize_; }
+    /// @}
+
+    /// @name ICurveBatch (curve_batch.cpp, curve_lookup_accuracy.cpp)
+    /// Reached through GetInterface(I_CURVE_BATCH_INTERFACE); contracts in
+    /// curvectl/icurve_batch.h. The batch calls are safe from any thread, as ValueAt.
+    /// @{
+    int ValuesAt(TimeValue t, const float* xs, float* ys, int n, Interval& valid,
+                 BOOL useLookup = TRUE) override;
+    int ValuesAtStrided(TimeValue t, const float* xs, int xStride, float* ys, int yStride, int n,
+                        Interval& valid, BOOL useLookup = TRUE) override;
+    int SetLookupTolerance(float maxError) override;
+    float GetLookupError() override;
     /// @}
 
     /// @name Evaluation (curve_eval.cpp)
@@ -337,6 +354,19 @@ private:
                                                     const curve_eval::CacheState& s);
     /// Forgets the values the lookup table held (a new size, a copy); under the lock.
     void resetLookupMemory();
+    /// The x range and the end behaviour as evaluation reads them (unlocked, per call).
+    Point2 evalXRange() const;
+    bool endsHold() const;
+    /// acquireState and acquireLookup for the other evaluation files.
+    const curve_eval::CacheState* sharedState(curve_eval::EvalCache::Reader& r, TimeValue t);
+    const curve_eval::LookupTable* sharedLookup(curve_eval::EvalCache::Reader& r,
+                                                const curve_eval::CacheState& s);
+    /// The batch calls after their arguments are checked (curve_batch.cpp).
+    int valuesAt(TimeValue t, const char* xs, std::ptrdiff_t xStride, char* ys,
+                 std::ptrdiff_t yStride, int n, Interval& valid, BOOL useLookup);
+    /// The states at which the lookup accuracy is measured (curve_lookup_accuracy.cpp);
+    /// empty when there is nothing to measure. False when memory ran out.
+    bool measuredStates(std::vector<std::unique_ptr<curve_eval::CacheState>>& states);
 
     curve_eval::EvalCache evalCache_; // published states, reader slots, the cache lock
     int lookupSize_ = 1000;           // intervals of the lookup table

@@ -25,6 +25,7 @@
 //     it takes the general path.
 #include "control/curve_control.h"
 #include "curve/curve.h"
+#include "curve/curve_eval_shared.h"
 #include "curve/curve_records.h"
 #include "host/controller.h"
 
@@ -36,6 +37,7 @@
 using curve_eval::CachedKnot;
 using curve_eval::CacheState;
 using curve_eval::EvalCache;
+using curve_eval::kMaxBuiltLookupSize;
 using curve_eval::LookupTable;
 using namespace curve_records;
 
@@ -396,11 +398,6 @@ inline const LookupTable* Curve::acquireLookup(EvalCache::Reader& r, const Cache
     return buildLookupTable(r, s);
 }
 
-// The largest table that is built: 16M intervals (64 MiB). A client may ask for any size,
-// and GetLookupSize answers it, but a table of billions of entries would take the memory
-// and the minutes of a hung host; beyond this size values come from the exact solve.
-constexpr int kMaxBuiltLookupSize = 1 << 24;
-
 const LookupTable* Curve::buildLookupTable(EvalCache::Reader& r, const CacheState& s) {
     if (s.lookupSize < 1 || s.lookupSize > kMaxBuiltLookupSize)
         return nullptr;
@@ -427,37 +424,8 @@ const LookupTable* Curve::buildLookupTable(EvalCache::Reader& r, const CacheStat
     const Point2 xr = ReadOwner(owner_).x;
     table->size = size;
     table->sizeAsFloat = float(size);
-    table->step = (xr.y - xr.x) / float(size);
-    table->indexScale = float(size - 1) / (xr.y - xr.x);
-
-    // x advances by repeated addition, as the table's x positions are defined.
-    const CachedKnot* k = s.knots.get();
-    const int n = s.count;
-    const float step = table->step;
-    float x = xr.x;
-    long solved = 0;
-    if (s.ordered && step >= 0.0f) {
-        // x never decreases, so the first segment holding it never moves back.
-        int i = 0;
-        for (int e = 0; e <= size; ++e, x += step) {
-            while (i + 1 < n && k[i + 1].px < x)
-                ++i;
-            if (i + 1 < n && k[i].px <= x) {
-                v[e] = solveSegment(segmentOf(s, i), x, 0);
-                ++solved;
-            }
-        }
-    } else {
-        for (int e = 0; e <= size; ++e, x += step) {
-            for (int i = 0; i + 1 < n; ++i) {
-                if (k[i].px <= x && !(x > k[i + 1].px)) {
-                    v[e] = solveSegment(segmentOf(s, i), x, 0);
-                    ++solved;
-                    break;
-                }
-            }
-        }
-    }
+    curve_eval::LookupSpacing(xr, size, table->step, table->indexScale);
+    const long solved = curve_eval::FillLookupTable(s, xr, size, table->step, v);
     r.Count(solved); // each entry is one segment solve, and each solve tests the cache
 
     s.lookupOwner = table;
@@ -522,35 +490,11 @@ float Curve::valueAtGeneral(TimeValue t, float x, Interval& valid, BOOL useLooku
         return k[0].py;
     }
 
-    const Point2 xr = ownerXRange(owner_);
-    const bool holdEnds = (curveFlags_ & 0x4) != 0; // end behaviour 1
-    // The handles are those the cached-point queries answer (position + tangent).
-    if (x > xr.y) {
-        // Continue through the last point along its in-handle, or along the last segment's
-        // chord when it is a pure corner or its handle does not reach left.
-        const CachedKnot& a = k[n - 1];
-        const Point2 in = s->InHandle(n - 1);
-        float bx = in.x, by = in.y;
-        if (s->lastPureCorner || double(a.px - bx) <= kHandleReach) {
-            bx = k[n - 2].px;
-            by = k[n - 2].py;
-        }
-        if (holdEnds)
-            return a.py;
-        return (a.py - by) / (a.px - bx) * (x - bx) + by;
-    }
-    if (x < xr.x) {
-        const CachedKnot& a = k[0];
-        const Point2 out = s->OutHandle(0);
-        float bx = out.x, by = out.y;
-        if (s->firstPureCorner || double(bx - a.px) <= kHandleReach) {
-            bx = k[1].px;
-            by = k[1].py;
-        }
-        if (holdEnds)
-            return a.py;
-        return (by - a.py) / (bx - a.px) * (x - a.px) + a.py;
-    }
+    const Point2 xr = evalXRange();
+    if (x > xr.y)
+        return curve_eval::RightEnd(*s).At(x, endsHold());
+    if (x < xr.x)
+        return curve_eval::LeftEnd(*s).At(x, endsHold());
 
     if (useLookup) {
         if (const LookupTable* lt = acquireLookup(r, *s)) {
@@ -563,11 +507,11 @@ float Curve::valueAtGeneral(TimeValue t, float x, Interval& valid, BOOL useLooku
         }
     }
 
-    const int i = findSegment(*s, x);
-    if (i < 0)
-        return 0.0f; // points out of order leave x in no segment
-    r.Count(1);      // the segment solve tests the cache
-    return solveSegment(segmentOf(*s, i), x, 0);
+    bool solved = false;
+    const float y = curve_eval::ExactValue(*s, x, solved);
+    if (solved)
+        r.Count(1); // the segment solve tests the cache
+    return y;
 }
 
 float Curve::SegmentValue(TimeValue t, int i, float x, int mode) {
@@ -649,3 +593,105 @@ void Curve::GetValueBounds(TimeValue t, float& lo, float& hi) {
 }
 
 long Curve::LookupCount() const { return evalCache_.Count(); }
+
+// ---------------------------------------------------------------------------------------
+// [SECTION] Shared with batch evaluation and the lookup measurement (curve_eval_shared.h)
+
+Point2 Curve::evalXRange() const { return ownerXRange(owner_); }
+
+bool Curve::endsHold() const { return (curveFlags_ & 0x4) != 0; } // end behaviour 1
+
+// acquireState and acquireLookup stay inline here, on ValueAt's path; other files call them
+// through these.
+const CacheState* Curve::sharedState(EvalCache::Reader& r, TimeValue t) {
+    return acquireState(r, t);
+}
+
+const LookupTable* Curve::sharedLookup(EvalCache::Reader& r, const CacheState& s) {
+    return acquireLookup(r, s);
+}
+
+namespace curve_eval {
+
+// Continue through the last point along its in-handle, or along the last segment's chord
+// when it is a pure corner or its handle does not reach left.
+EndLine RightEnd(const CacheState& s) {
+    const CachedKnot* k = s.knots.get();
+    const CachedKnot& a = k[s.count - 1];
+    // The handle the cached-point queries answer (position + tangent), also for a pinned end.
+    const Point2 in = s.InHandle(s.count - 1);
+    float bx = in.x, by = in.y;
+    if (s.lastPureCorner || double(a.px - bx) <= kHandleReach) {
+        bx = k[s.count - 2].px;
+        by = k[s.count - 2].py;
+    }
+    return EndLine{a.py, (a.py - by) / (a.px - bx), bx, by};
+}
+
+EndLine LeftEnd(const CacheState& s) {
+    const CachedKnot* k = s.knots.get();
+    const CachedKnot& a = k[0];
+    const Point2 out = s.OutHandle(0);
+    float bx = out.x, by = out.y;
+    if (s.firstPureCorner || double(bx - a.px) <= kHandleReach) {
+        bx = k[1].px;
+        by = k[1].py;
+    }
+    return EndLine{a.py, (by - a.py) / (bx - a.px), a.px, a.py};
+}
+
+float ExactValue(const CacheState& s, float x, bool& solved) {
+    const int i = findSegment(s, x);
+    solved = i >= 0;
+    if (i < 0)
+        return 0.0f; // points out of order leave x in no segment
+    return solveSegment(segmentOf(s, i), x, 0);
+}
+
+void SegmentCoefficients(const CacheState& s, int i, float out[8]) {
+    const Segment g = segmentOf(s, i);
+    const float c[8] = {g.x0, g.x1, g.x2, g.x3, g.y0, g.y1, g.y2, g.y3};
+    std::copy(c, c + 8, out);
+}
+
+void LookupSpacing(Point2 xr, int size, float& step, float& indexScale) {
+    step = (xr.y - xr.x) / float(size);
+    indexScale = float(size - 1) / (xr.y - xr.x);
+}
+
+long FillLookupTable(const CacheState& s, Point2 xr, int size, float step, float* v) {
+    // x advances by repeated addition, as the table's x positions are defined.
+    const CachedKnot* k = s.knots.get();
+    const int n = s.count;
+    float x = xr.x;
+    long solved = 0;
+    if (s.ordered && step >= 0.0f) {
+        // x never decreases, so the first segment holding it never moves back.
+        int i = 0;
+        for (int e = 0; e <= size; ++e, x += step) {
+            while (i + 1 < n && k[i + 1].px < x)
+                ++i;
+            if (i + 1 < n && k[i].px <= x) {
+                v[e] = solveSegment(segmentOf(s, i), x, 0);
+                ++solved;
+            }
+        }
+    } else {
+        for (int e = 0; e <= size; ++e, x += step) {
+            for (int i = 0; i + 1 < n; ++i) {
+                if (k[i].px <= x && !(x > k[i + 1].px)) {
+                    v[e] = solveSegment(segmentOf(s, i), x, 0);
+                    ++solved;
+                    break;
+                }
+            }
+        }
+    }
+    return solved;
+}
+
+float LookupValue(const float* v, float f, float x, float step) {
+    return interpolate(v, f, x, step);
+}
+
+} // namespace curve_eval
