@@ -7,6 +7,7 @@
 #include "host/chunk_values.h"
 #include "picture.h"
 
+#include <chrono>
 #include <new>
 
 namespace {
@@ -126,7 +127,11 @@ void ColourCurves::DrawSource(int width, int height, float* rgb) {
 
 void ColourCurves::Apply(TimeValue t, int width, int height, const float* src, uint32_t* out) {
     ICurve* curves[kChannels] = {ChannelCurve(kRed), ChannelCurve(kGreen), ChannelCurve(kBlue)};
-    ApplyCurves(curves, t, width, height, src, out);
+    const auto start = std::chrono::steady_clock::now();
+    const int threads = ApplyCurves(curves, t, width, height, src, out);
+    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
+    if (panel_)
+        panel_->ShowFrameTime(took.count(), width, height, threads);
 }
 
 void ColourCurves::BeginEditParams(HWND panel) {

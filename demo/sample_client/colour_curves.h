@@ -8,7 +8,8 @@
 //                             default curves behind "Reset Curves", the new-curve notice
 //   colour_panel.cpp          the editor embedded in the command panel or floating, and the
 //                             notification messages
-//   curve_filter.cpp          evaluating the curves with the lookup table on several threads
+//   curve_filter.cpp          evaluating the curves with the lookup table, a row at a time
+//                             (ICurveBatch), on several threads
 //   picture.cpp               the picture itself, drawn by code
 #pragma once
 

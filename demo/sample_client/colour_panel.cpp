@@ -23,6 +23,7 @@ constexpr int kButtonHeight = 24;
 constexpr int kEditorHeight = 300;
 constexpr int kEventHeight = 44;   // three lines
 constexpr int kPointerHeight = 30; // two lines
+constexpr int kFrameHeight = 16;   // one line
 
 void RegisterPanelClass(WNDPROC proc) {
     static bool registered = false;
@@ -80,6 +81,8 @@ ColourPanel::ColourPanel(ColourCurves& effect, HWND commandPanel) : effect_(effe
     y += kEventHeight;
     pointer_ = Child(panel_, "STATIC", "Move the mouse over the picture.", SS_LEFT, kMargin, y,
                      inner, kPointerHeight, 0);
+    y += kPointerHeight;
+    frame_ = Child(panel_, "STATIC", "", SS_LEFT, kMargin, y, inner, kFrameHeight, 0);
 
     if (ICurveCtl* control = effect_.Control()) {
         control->SetNotifyWindow(panel_);
@@ -157,6 +160,13 @@ void ColourPanel::ShowPointer(const float* rgb, float markerX) {
     std::snprintf(text, sizeof text, "Under the mouse: R %.2f G %.2f B %.2f\nMarker at %.3f",
                   double(rgb[kRed]), double(rgb[kGreen]), double(rgb[kBlue]), double(markerX));
     SetWindowTextA(pointer_, text);
+}
+
+void ColourPanel::ShowFrameTime(double milliseconds, int width, int height, int threads) {
+    char text[120];
+    std::snprintf(text, sizeof text, "Frame: %.1f ms (%d x %d, %d threads)", milliseconds, width,
+                  height, threads);
+    SetWindowTextA(frame_, text);
 }
 
 LRESULT CALLBACK ColourPanel::PanelProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {

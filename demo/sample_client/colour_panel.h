@@ -23,6 +23,8 @@ public:
     void ShowText(const char* format, ...);
     /// Shows the colour under the mouse in the viewport and where the marker stands.
     void ShowPointer(const float* rgb, float markerX);
+    /// Shows how long the last frame of the picture took through the curves.
+    void ShowFrameTime(double milliseconds, int width, int height, int threads);
 
 private:
     static LRESULT CALLBACK PanelProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam);
@@ -39,6 +41,7 @@ private:
     HWND area_ = nullptr;    // the embedded editor's parent (child of panel_)
     HWND event_ = nullptr;   // text line: the last thing the control told us
     HWND pointer_ = nullptr; // text line: the colour under the mouse
+    HWND frame_ = nullptr;   // text line: the time of the last frame
     bool dragging_ = false;  // the left button is down in the editor's graph
     int changesInDrag_ = 0;  // point and tangent messages since the button went down
     RECT floatingRect_ = {}; // screen rectangle of the floating editor when it last closed

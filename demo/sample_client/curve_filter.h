@@ -9,8 +9,9 @@
 /// curves[c]->ValueAt(t, value) (the lookup table), clamped to [0, 1] and rounded to 8
 /// bits. A null curve leaves its channel as it is. The rows are shared out among several
 /// threads, which evaluate the curves at once; all have finished when this returns.
-void ApplyCurves(ICurve* const curves[3], TimeValue t, int width, int height, const float* src,
-                 uint32_t* out);
+/// Returns the number of threads that worked.
+int ApplyCurves(ICurve* const curves[3], TimeValue t, int width, int height, const float* src,
+                uint32_t* out);
 
 /// The 8-bit value of a curve result: clamped to [0, 1], times 255, rounded.
 inline uint32_t ChannelByte(float v) {

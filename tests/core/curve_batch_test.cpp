@@ -13,8 +13,10 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -320,4 +322,185 @@ TEST_CASE_FIXTURE(testsupport::CoreFixture,
                 rc.curve->SetEndBehaviour(rc.curve->GetEndBehaviour() ? 0 : 1);
         }
     }
+}
+
+namespace {
+
+/// An owner with the range 0 .. 1 and a curve of three points through (0, 0), (0.5, 0.8)
+/// and (1, 1).
+struct SmallCurve {
+    SmallCurve() : owner(evaltest::MakeOwner(0.0f, 1.0f, 0.0f, 1.0f, CC_DEFAULT_FLAGS)) {
+        curve = new Curve(owner, 0);
+        curve->SetPointCount(3);
+        evaltest::WriteKnot(*curve, 1,
+                            CurveKnot(Point2(0.5f, 0.8f), Point2(-0.1f, 0.0f), Point2(0.1f, 0.0f),
+                                      KNOT_TYPE_BEZIER_SMOOTH));
+        evaltest::WriteKnot(*curve, 2,
+                            CurveKnot(Point2(1.0f, 1.0f), Point2(0.0f, 0.0f), Point2(0.0f, 0.0f),
+                                      KNOT_TYPE_CORNER | KNOT_ENDPOINT));
+    }
+    ~SmallCurve() {
+        delete curve;
+        delete owner;
+    }
+    CurveControl* owner; // owned
+    Curve* curve;        // owned
+};
+
+} // namespace
+
+TEST_CASE_FIXTURE(testsupport::CoreFixture, "a curve answers the batch interface under its id") {
+    SmallCurve sc;
+    void* p = sc.curve->GetInterface(I_CURVE_BATCH_INTERFACE);
+    REQUIRE(p != nullptr);
+    CHECK(p == static_cast<ICurveBatch*>(sc.curve));
+    // The curve's own interface is unchanged by it.
+    CHECK(sc.curve->GetInterface(I_CURVE_INTERFACE) == static_cast<void*>(sc.curve));
+}
+
+TEST_CASE_FIXTURE(testsupport::CoreFixture, "bad batch arguments are refused and change nothing") {
+    SmallCurve sc;
+    ICurveBatch* b = BatchOf(*sc.curve);
+    float xs[4] = {0.1f, 0.2f, 0.3f, 0.4f};
+    float ys[4] = {7.0f, 7.0f, 7.0f, 7.0f};
+    const Interval before(-5, 5);
+    for (Path p : PathsHere()) {
+        ForcedPath forced(p);
+        Interval valid = before;
+        const long count = sc.curve->LookupCount();
+        CHECK(b->ValuesAt(0, xs, ys, -1, valid) == CURVE_BATCH_BAD_COUNT);
+        CHECK(b->ValuesAt(0, nullptr, ys, 4, valid) == CURVE_BATCH_NULL_BUFFER);
+        CHECK(b->ValuesAt(0, xs, nullptr, 4, valid) == CURVE_BATCH_NULL_BUFFER);
+        CHECK(b->ValuesAtStrided(0, xs, -4, ys, 4, INT_MIN, valid) == CURVE_BATCH_BAD_COUNT);
+        for (int stride : {0, 1, 2, 3, 5, 6, 7, -1, -2, -6, INT_MIN + 2})
+            CHECK(b->ValuesAtStrided(0, xs, stride, ys, 4, 4, valid) == CURVE_BATCH_BAD_STRIDE);
+        CHECK(b->ValuesAtStrided(0, xs, 4, ys, 0, 4, valid) == CURVE_BATCH_BAD_STRIDE);
+        CHECK(b->ValuesAtStrided(0, xs, 4, ys, 3, 4, valid) == CURVE_BATCH_BAD_STRIDE);
+        // Nothing to do: 0, whatever the buffers.
+        CHECK(b->ValuesAt(0, nullptr, nullptr, 0, valid) == 0);
+        CHECK(b->ValuesAtStrided(0, nullptr, 4, nullptr, 8, 0, valid) == 0);
+        CHECK(valid == before);
+        for (float y : ys)
+            CHECK(y == 7.0f);
+        CHECK(sc.curve->LookupCount() == count); // nothing evaluated
+    }
+}
+
+TEST_CASE_FIXTURE(testsupport::CoreFixture, "a batch evaluates in place and at wide strides") {
+    SmallCurve sc;
+    ICurveBatch* b = BatchOf(*sc.curve);
+    Rng rng(5u);
+    for (Path p : PathsHere()) {
+        ForcedPath forced(p);
+        for (BOOL lookup : {FALSE, TRUE}) {
+            // In place, contiguous and interleaved (every third float, as one channel of RGB).
+            for (int stride : {4, 12, -8}) {
+                const int n = 101;
+                StridedBuffer buf(n, stride);
+                std::vector<uint32_t> want(n);
+                for (int i = 0; i < n; ++i) {
+                    const float x = rng.Uniform(-0.5f, 1.5f);
+                    buf.Set(i, x);
+                    Interval v = FOREVER;
+                    want[std::size_t(i)] = Bits(sc.curve->ValueAt(0, x, v, lookup));
+                }
+                Interval valid = FOREVER;
+                REQUIRE(b->ValuesAtStrided(0, buf.Base(), stride, buf.Base(), stride, n, valid,
+                                           lookup) == n);
+                for (int i = 0; i < n; ++i)
+                    CHECK(buf.Bits(i) == want[std::size_t(i)]);
+                CHECK(buf.OthersUntouched());
+            }
+            // Values more than a megabyte apart are read and written one by one.
+            const int wide = (1 << 20) + 16, n = 19;
+            StridedBuffer in(n, wide), out(n, wide);
+            std::vector<uint32_t> want(n);
+            for (int i = 0; i < n; ++i) {
+                const float x = rng.Uniform(-0.5f, 1.5f);
+                in.Set(i, x);
+                Interval v = FOREVER;
+                want[std::size_t(i)] = Bits(sc.curve->ValueAt(0, x, v, lookup));
+            }
+            Interval valid = FOREVER;
+            REQUIRE(b->ValuesAtStrided(0, in.Base(), wide, out.Base(), wide, n, valid, lookup) ==
+                    n);
+            for (int i = 0; i < n; ++i)
+                CHECK(out.Bits(i) == want[std::size_t(i)]);
+        }
+    }
+}
+
+TEST_CASE_FIXTURE(testsupport::CoreFixture,
+                  "a batch builds the lookup table exactly when single calls would") {
+    // Entries no segment reaches keep what the previous table of the size held, so a table
+    // built when ValueAt would not have built one could change later values.
+    for (Path p : PathsHere()) {
+        ForcedPath forced(p);
+        SmallCurve batchSide, singleSide;
+        const float outside[] = {-1.0f, 2.0f, -0.5f, 1.5f, 3.0f};
+        Interval v1 = FOREVER, v2 = FOREVER;
+        float ys[5];
+        const long b0 = batchSide.curve->LookupCount(), s0 = singleSide.curve->LookupCount();
+        REQUIRE(BatchOf(*batchSide.curve)->ValuesAt(0, outside, ys, 5, v1, TRUE) == 5);
+        for (float x : outside)
+            singleSide.curve->ValueAt(0, x, v2, TRUE);
+        CHECK(batchSide.curve->LookupCount() - b0 == singleSide.curve->LookupCount() - s0);
+        // One x inside (a NaN counts as inside): now both build it, and count its entries.
+        const float withNaN[] = {-1.0f, kNaN};
+        REQUIRE(BatchOf(*batchSide.curve)->ValuesAt(0, withNaN, ys, 2, v1, TRUE) == 2);
+        for (float x : withNaN)
+            singleSide.curve->ValueAt(0, x, v2, TRUE);
+        CHECK(batchSide.curve->LookupCount() - b0 == singleSide.curve->LookupCount() - s0);
+        CHECK(batchSide.curve->LookupCount() - b0 > 1000); // the 1001 entries were solved
+    }
+}
+
+TEST_CASE_FIXTURE(testsupport::CoreFixture, "each batch path can be forced, and only if present") {
+    const Path widest = curve_batch::WidestPath();
+    for (int i = 0; i < curve_batch::kPathCount; ++i) {
+        const Path wanted = Path(i);
+        const Path got = curve_batch::ForceBatchPath(wanted);
+        CHECK(int(got) == std::min(i, int(widest)));
+        CHECK(curve_batch::ActivePath() == got);
+        CHECK(std::string(curve_batch::ActiveKernels().name) == curve_batch::PathName(got));
+        Path parsed;
+        REQUIRE(curve_batch::PathFromName(curve_batch::PathName(wanted), parsed));
+        CHECK(parsed == wanted);
+    }
+    Path parsed = Path::Avx2;
+    CHECK_FALSE(curve_batch::PathFromName("avx", parsed));
+    CHECK_FALSE(curve_batch::PathFromName(nullptr, parsed));
+    CHECK(parsed == Path::Avx2);
+    curve_batch::ReleaseBatchPath();
+}
+
+namespace {
+
+void SetPathVariable(const char* value) {
+#if defined(_WIN32)
+    _putenv_s("CURVECTL_BATCH_PATH", value ? value : "");
+#else
+    if (value)
+        setenv("CURVECTL_BATCH_PATH", value, 1);
+    else
+        unsetenv("CURVECTL_BATCH_PATH");
+#endif
+}
+
+} // namespace
+
+TEST_CASE_FIXTURE(testsupport::CoreFixture, "CURVECTL_BATCH_PATH asks for a narrower path") {
+    const char* old = std::getenv("CURVECTL_BATCH_PATH");
+    const std::string saved = old ? old : "";
+    SetPathVariable("sse2");
+    curve_batch::ReleaseBatchPath();
+    CHECK(curve_batch::ActivePath() == Path::Sse2);
+    SetPathVariable("avx512"); // never wider than the processor
+    curve_batch::ReleaseBatchPath();
+    CHECK(curve_batch::ActivePath() == curve_batch::WidestPath());
+    SetPathVariable("fastest"); // not a path: ignored
+    curve_batch::ReleaseBatchPath();
+    CHECK(curve_batch::ActivePath() == curve_batch::WidestPath());
+    SetPathVariable(old ? saved.c_str() : nullptr);
+    curve_batch::ReleaseBatchPath();
 }

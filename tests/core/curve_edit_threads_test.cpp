@@ -10,7 +10,7 @@
 
 using namespace edit_test;
 
-TEST_CASE("edits on the UI thread while two threads evaluate the curve") {
+TEST_CASE("edits on the UI thread while three threads evaluate the curve") {
     CurveFixture f(
         {Knot(0.0f, 0.1f),
          Knot(0.2f, 0.3f, KNOT_TYPE_BEZIER_SMOOTH, Point2(-0.05f, 0.0f), Point2(0.05f, 0.0f)),
@@ -41,9 +41,24 @@ TEST_CASE("edits on the UI thread while two threads evaluate the curve") {
                 bad.fetch_add(1);
         }
     };
-    std::thread exact(evaluate, false), table(evaluate, true);
-    while (running.load() < 2)
-        std::this_thread::yield(); // both evaluate before any edit
+    // A third thread asks for whole rows at once (ICurveBatch), with and without the table.
+    auto evaluateRows = [&] {
+        auto* batch = static_cast<ICurveBatch*>(c.GetInterface(I_CURVE_BATCH_INTERFACE));
+        float xs[101], ys[101];
+        for (int k = 0; k <= 100; ++k)
+            xs[k] = float(k) / 100.0f;
+        running.fetch_add(1);
+        for (long n = 0; !stop.load(std::memory_order_relaxed); ++n) {
+            Interval valid = FOREVER;
+            batch->ValuesAt(TimeValue(n % 1000), xs, ys, 101, valid, n % 2 ? TRUE : FALSE);
+            for (float y : ys)
+                if (!(y >= -1.0f && y <= 2.0f))
+                    bad.fetch_add(1);
+        }
+    };
+    std::thread exact(evaluate, false), table(evaluate, true), rows(evaluateRows);
+    while (running.load() < 3)
+        std::this_thread::yield(); // all evaluate before any edit
 
     for (int round = 0; round < 1500; ++round) {
         const float s = float(round % 10) / 10.0f;
@@ -64,6 +79,7 @@ TEST_CASE("edits on the UI thread while two threads evaluate the curve") {
     stop = true;
     exact.join();
     table.join();
+    rows.join();
     CHECK(bad.load() == 0);
     CHECK(c.PointCount() == 5);
 }

@@ -1,9 +1,10 @@
-// Evaluation under threads: worker threads evaluate a curve at random x and times while
-// the main thread (the UI thread) edits it. Every value a worker gets must be one the
-// curve had in some state the editor left it in: the main thread evaluates a fixed grid of
-// queries after each edit, and each worker's answers (on the same grid) must be among
-// those values, bit for bit. Animated points make the validity intervals single instants,
-// so the workers also rebuild and retire cache states all the time.
+// Evaluation under threads: worker threads evaluate a curve at random x and times, one by
+// one and in batches (ICurveBatch::ValuesAt), while the main thread (the UI thread) edits
+// it. Every value a worker gets must be one the curve had in some state the editor left it
+// in: the main thread evaluates a fixed grid of queries after each edit, and each worker's
+// answers (on the same grid) must be among those values, bit for bit. Animated points make
+// the validity intervals single instants, so the workers also rebuild and retire cache
+// states all the time.
 //
 // The edits go through operations that follow the point-table rule of curve.h: point
 // insertion and deletion, SetKnot, undo and redo of insertions, and direct writes under
@@ -141,6 +142,13 @@ TEST_CASE_FIXTURE(testsupport::CoreFixture,
     evaltest::AnimatePoint(*curve, 1, keyTimes, keyValues, 3);
 
     const std::vector<Query> grid = makeGrid();
+    // The queries of each query's time and lookup flag, for batch calls (ICurveBatch).
+    std::vector<std::vector<uint32_t>> sameKind(grid.size());
+    for (std::size_t g = 0; g < grid.size(); ++g)
+        for (std::size_t h = 0; h < grid.size(); ++h)
+            if (grid[h].t == grid[g].t && grid[h].lookup == grid[g].lookup)
+                sameKind[g].push_back(uint32_t(h));
+    auto* batch = static_cast<ICurveBatch*>(curve->GetInterface(I_CURVE_BATCH_INTERFACE));
     AllowedValues allowed(grid.size());
     allowed.Record(*curve, grid);
 
@@ -159,6 +167,19 @@ TEST_CASE_FIXTURE(testsupport::CoreFixture,
                 const float v = curve->ValueAt(grid[g].t, grid[g].x, valid, grid[g].lookup);
                 if (out.size() < 400000)
                     out.push_back(Sample{g, Bits(v)});
+                if ((n & 7) == 0) {
+                    // A batch call over every query of this kind: each of its values must
+                    // be one the curve had too.
+                    const std::vector<uint32_t>& kind = sameKind[g];
+                    std::vector<float> at(kind.size()), ys(kind.size());
+                    for (std::size_t k = 0; k < kind.size(); ++k)
+                        at[k] = grid[kind[k]].x;
+                    Interval bv = FOREVER;
+                    batch->ValuesAt(grid[g].t, at.data(), ys.data(), int(at.size()), bv,
+                                    grid[g].lookup);
+                    for (std::size_t k = 0; k < kind.size() && out.size() < 400000; ++k)
+                        out.push_back(Sample{kind[k], Bits(ys[k])});
+                }
                 if ((++n & 63) == 0) {
                     // The other queries must hold up as well (their values are not checked).
                     float lo, hi, r0, r1, r2, r3;
