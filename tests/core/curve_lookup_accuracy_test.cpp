@@ -152,10 +152,10 @@ TEST_CASE_FIXTURE(testsupport::CoreFixture,
                   "where no table meets the tolerance the curve evaluates exactly") {
     // A range that does not start at 0: the table's fraction is taken from x itself, so
     // its values stray far from the curve whatever the size.
-    ShapedCurve far(
+    ShapedCurve shifted(
         10.0f, 11.0f,
         {{10.0f, 0.0f, 0.1f, 0.0f}, {10.5f, 1.0f, 0.1f, 0.0f}, {11.0f, 0.0f, 0.1f, 0.0f}});
-    Curve& c = *far.curve;
+    Curve& c = *shifted.curve;
     ICurveBatch* b = BatchOf(c);
     c.SetLookupSize(100);
     CHECK(b->GetLookupError() > 1.0f);
