@@ -15,6 +15,20 @@
 //                       bisections (target <= 1.3)
 //   memory              bytes per point of a 1000-point curve with its cache and table
 //
+// Batch evaluation (ICurveBatch); these rows also name the code path that ran them:
+//   valuesat_lookup_batch   ValuesAt of 4,096 random x a call with lookup, warm cache, on
+//                           the path in force; ratio: time per value over ValueAt's with
+//                           lookup on the same curve and x, measured in turn (target <= 0.15)
+//   valuesat_exact_batch    the same without lookup, over ValueAt's exact (target <= 0.25)
+//   ..._sse2, _avx2, _avx512  the same rows on each path (the processor's widest path
+//                           stands in for one it lacks)
+//   valuesat_lookup_batch_2t  two threads at once, throughput over one (target >= 1.9)
+//   picture_1080p_rgb_1t, _2t  the sample client's frame: a drawn 1920 x 1080 picture of RGB
+//                           floats through three curves (a strided batch call per row and
+//                           channel) into 8-bit pixels; ns_per_op is per frame, and ratio the
+//                           time over the target (2.5 ms on one thread, 1.5 ms on two)
+//   picture_1080p_rgb_noise_1t  the same with a picture of random values
+//
 // Times are the measuring thread's own CPU time (natively; see threadCpuNs), so that other
 // programs sharing the machine do not count; each measurement is repeated and the fastest
 // repetition kept. The two-thread figure assumes each thread has a core of its own: it is
