@@ -1,11 +1,12 @@
-// ICurveBatch: many values of a curve in one call, and lookup tables sized to an accuracy.
-//
-// An extension of ICurve that a client asks the curve for:
-//
-//     auto* batch = static_cast<ICurveBatch*>(curve->GetInterface(I_CURVE_BATCH_INTERFACE));
-//
-// Every curve of this module answers it; the pointer stays good as long as the curve, and
-// the client must not delete it. ICurve's own operations are unchanged by it.
+/// @file
+/// ICurveBatch: many values of a curve in one call, and lookup tables sized to an accuracy.
+///
+/// An extension of ICurve that a client asks the curve for:
+///
+///     auto* batch = static_cast<ICurveBatch*>(curve->GetInterface(I_CURVE_BATCH_INTERFACE));
+///
+/// Every curve of this module answers it; the pointer stays good as long as the curve, and
+/// the client must not delete it. ICurve's own operations are unchanged by it.
 #pragma once
 
 #include "host/interval.h"
@@ -17,19 +18,20 @@
 /// @name Results of ValuesAt and ValuesAtStrided
 /// A refused call writes no value, leaves `valid` as it was and evaluates nothing.
 /// @{
-#define CURVE_BATCH_BAD_COUNT (-1)   // n is negative
-#define CURVE_BATCH_NULL_BUFFER (-2) // xs or ys is null while n > 0
-#define CURVE_BATCH_BAD_STRIDE (-3)  // a stride is zero or not a whole number of floats
+#define CURVE_BATCH_BAD_COUNT (-1)   ///< n is negative
+#define CURVE_BATCH_NULL_BUFFER (-2) ///< xs or ys is null while n > 0
+#define CURVE_BATCH_BAD_STRIDE (-3)  ///< a stride is zero or not a whole number of floats
 /// @}
 
 /// @name Results of SetLookupTolerance
 /// @{
-#define CURVE_LOOKUP_EXACT 0                // no table meets the tolerance: values are exact
-#define CURVE_LOOKUP_BAD_TOLERANCE (-1)     // not a positive finite number; nothing changed
-#define CURVE_LOOKUP_NO_MEMORY (-2)         // the measurement could not be made; nothing changed
-#define CURVE_LOOKUP_LARGEST_MEASURED 65536 // the largest lookup size the search measures
+#define CURVE_LOOKUP_EXACT 0                ///< no table meets the tolerance: values are exact
+#define CURVE_LOOKUP_BAD_TOLERANCE (-1)     ///< not a positive finite number; nothing changed
+#define CURVE_LOOKUP_NO_MEMORY (-2)         ///< the measurement could not be made; nothing changed
+#define CURVE_LOOKUP_LARGEST_MEASURED 65536 ///< the largest lookup size the search measures
 /// @}
 
+/// Batch evaluation and accuracy-sized lookup tables of one curve (see the file comment).
 class ICurveBatch {
 public:
     /// @name Batch evaluation
@@ -42,6 +44,7 @@ public:
     /// Returns n, or a negative CURVE_BATCH_... refusal. n == 0 returns 0 and touches
     /// nothing (the buffers may then be null).
     /// @{
+
     /// `xs` and `ys` hold n floats each. ys may be xs itself (in place); no other overlap.
     virtual int ValuesAt(TimeValue t, const float* xs, float* ys, int n, Interval& valid,
                          BOOL useLookup = TRUE) = 0;
@@ -65,6 +68,7 @@ public:
     /// with fewer than two points, or a zero-width x range, has no difference to measure.
     /// User-interface thread only.
     /// @{
+
     /// Sets the lookup size (as ICurve::SetLookupSize) to the smallest size found whose
     /// worst difference is at most maxError: sizes are measured doubling from 1, then
     /// halving the gap, so the size chosen meets the tolerance and the size one below it
