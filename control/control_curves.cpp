@@ -132,6 +132,7 @@ void CurveControl::CopyFrom(CurveControl& other) {
     title_ = other.title_;
     flags_ = other.flags_;
     toolMode_ = other.toolMode_;
+    ext_.CopyFrom(other.ext_);
     hWnd_ = nullptr;
     editorWindow_ = nullptr;
     SetCurveCount(other.GetCurveCount(), FALSE);

@@ -16,6 +16,8 @@
 //   0x0474  toolMode
 //   0x044C  reference id of the client object (only when it is saved too)
 //   0x0456  title, zero-terminated
+//   0x0480  the extensions (a chunk of chunks, control_ext.cpp); only when their flag
+//           word is not 0, so a control that leaves them off writes what it always did
 //
 // The loader reads them in any order and skips chunks it does not know; a field whose
 // chunk is missing keeps its constructor default. It does not trust the file: a curve
@@ -215,6 +217,8 @@ IOResult CurveControl::Save(ISave* isave) {
     isave->BeginChunk(kChunkTitle);
     isave->WriteCString(title_.data());
     isave->EndChunk();
+
+    ext_.Save(isave);
     return IO_OK;
 }
 
@@ -303,6 +307,9 @@ IOResult CurveControl::loadChunks(ILoad* iload) {
                 SetTitle(title);
             break;
         }
+        case kControlExtensionChunk:
+            res = ext_.Load(iload);
+            break;
         default:
             break; // not ours: skipped
         }

@@ -28,6 +28,12 @@ CurveControl::~CurveControl() {
 Class_ID CurveControl::ClassID() { return CURVE_CONTROL_CLASS_ID; }
 SClass_ID CurveControl::SuperClassID() { return CURVE_CONTROL_SUPER_CLASS_ID; }
 
+void* CurveControl::GetInterface(ULONG id) {
+    if (id == CURVE_CTL_EX_INTERFACE_ID)
+        return static_cast<ICurveCtlEx*>(&ext_);
+    return ICurveCtl::GetInterface(id);
+}
+
 CStr CurveControl::SubAnimName(int i) {
     CStr name;
     if (const char* fmt = GetResString(IDS_CURVE_NAME))

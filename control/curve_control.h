@@ -8,8 +8,10 @@
 //   control_io.cpp        saving and loading
 //   control_undo.cpp      the control's undo records (control_undo.h)
 //   control_commands.cpp  the editor's whole-curve commands
+//   control_ext.cpp       the extensions (CurveControlEx, control_ext.h)
 #pragma once
 
+#include "control/control_ext.h"
 #include "control/editor_link.h"
 #include "curve/curve.h"
 #include "curvectl/icurvectl.h"
@@ -65,6 +67,9 @@ public:
     void GetClassName(CStr& s) override { s = "CurveControl"; }
     Class_ID ClassID() override;
     SClass_ID SuperClassID() override;
+    /// The extensions (ICurveCtlEx) for CURVE_CTL_EX_INTERFACE_ID; otherwise the host's
+    /// answer.
+    void* GetInterface(ULONG id) override;
     int NumSubs() override { return GetCurveCount(); }
     Animatable* SubAnim(int i) override { return GetReference(i); }
     /// "Curve %d" with i + 1.
@@ -81,6 +86,9 @@ public:
     /// @name Used by the curves, the undo records and the editor
     /// @{
     Curve* GetCurveObject(int i) { return static_cast<Curve*>(GetCurve(i)); }
+    /// The extension switch and its settings.
+    CurveControlEx& Extensions() { return ext_; }
+    const CurveControlEx& Extensions() const { return ext_; }
     /// Sends a client message to the notify window, if one is set.
     void SendClientMessage(UINT msg, WPARAM wParam, LPARAM lParam);
     HWND NotifyWindow() const { return notifyWindow_; }
@@ -173,4 +181,5 @@ private:
     int toolMode_ = 0;                        // the selected mouse mode, 0..5
     float currentX_ = 0.0f;                   // marker line x (left unset by construction: 0)
     int drawEnabled_ = 1;                     // 0 suppresses Redraw
+    CurveControlEx ext_{*this};               // the extensions (ICurveCtlEx), a part of this
 };

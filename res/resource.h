@@ -1,4 +1,7 @@
-/* Resource ids of the module. Strings 1 to 36 are in string_table.inc. */
+/* Resource ids of the module. Strings 1 to 36 are in string_table.inc.
+   Strings of the extensions (ICurveCtlEx) follow them, each feature group in its own
+   range so that groups can grow apart: 37 to 59 keyboard, snapping and view; 60 to 89
+   copy, paste and presets. */
 #pragma once
 
 #define IDS_LIB_DESCRIPTION 1

@@ -138,6 +138,12 @@ int main(int argc, char** argv) {
         CurveControl many;
         many.SetCurveCount(40, FALSE);
         writeObject(controls + "/many_curves.chunks", &many);
+        // Every extension on: the extension chunk and its sub-chunks.
+        CurveControl extended;
+        extended.Extensions().SetExtendedFlags(CCX_ALL);
+        extended.Extensions().SetSnapEnabled(TRUE);
+        extended.Extensions().SetOnionSkin(4, 160);
+        writeObject(controls + "/extended.chunks", &extended);
         CurveControl* sample = sampleControl();
         sample->RegisterClientObject(sample); // saved under id 0 below
         writeObject(controls + "/sample.chunks", sample, [](void*, void*) { return 0; });

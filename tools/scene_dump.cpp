@@ -31,6 +31,7 @@ enum class Context {
     Curve,      // a Curve's own chunks
     CurvePoint, // inside a curve's 0x1030
     Control,    // a CurveControl's own chunks
+    ControlExt, // inside a control's 0x0480: its extensions
     Controller, // the host's Point3 controller
 };
 
@@ -210,6 +211,8 @@ std::string describeControl(unsigned id, const Bytes& p) {
     case 0x044C:
         s = format("client object id %d", f.i());
         break;
+    case 0x0480:
+        return "extensions";
     case 0x0456: {
         const void* nul = std::memchr(p.data(), 0, p.size());
         if (!nul)
@@ -223,6 +226,27 @@ std::string describeControl(unsigned id, const Bytes& p) {
     }
     default:
         return "(not a control chunk: skipped by the loader)";
+    }
+    return s + f.tail();
+}
+
+std::string describeControlExt(unsigned id, const Bytes& p) {
+    Fields f(p);
+    std::string s;
+    switch (id) {
+    case 0x0001:
+        s = format("extended flags 0x%X", f.u());
+        break;
+    case 0x0002:
+        s = format("snap %d", f.i());
+        break;
+    case 0x0003: {
+        const int frames = f.i();
+        s = format("onion skin %d frames each side, step %d", frames, f.i());
+        break;
+    }
+    default:
+        return "(not known to this version: skipped by the loader)";
     }
     return s + f.tail();
 }
@@ -351,6 +375,8 @@ private:
             return "(skipped by the loader)";
         case Context::Control:
             return describeControl(id, p);
+        case Context::ControlExt:
+            return describeControlExt(id, p);
         case Context::Controller:
             return describeController(id, p);
         case Context::Raw:
@@ -369,6 +395,8 @@ private:
             return id == SCENE_CHUNK_OBJECT_DATA ? dataContext : Context::Raw;
         case Context::Curve:
             return id == 0x1030 ? Context::CurvePoint : Context::Raw;
+        case Context::Control:
+            return id == 0x0480 ? Context::ControlExt : Context::Raw;
         default:
             return Context::Raw;
         }

@@ -6,6 +6,7 @@
 // or between them; the client callback interface holds its four operations in slots 0 to 3
 // and nothing else.
 #include "curvectl/icurvectl.h"
+#include "curvectl/icurvectl_ex.h"
 
 #include <doctest/doctest.h>
 
@@ -116,4 +117,17 @@ TEST_CASE("ICurveCtlClient: four operations in slots 0 to 3, nothing else virtua
     };
     CHECK(slotOf(&Impl::Extra) == 4);
     CHECK(sizeof(ICurveCtlClient) == sizeof(void*)); // the table pointer alone
+}
+
+// Later versions append operations to ICurveCtlEx; these six keep their slots for good.
+TEST_CASE("ICurveCtlEx: its first six operations in slots 0 to 5, no virtual destructor") {
+    CHECK(slotOf(&ICurveCtlEx::SetExtendedFlags) == 0);
+    CHECK(slotOf(&ICurveCtlEx::GetExtendedFlags) == 1);
+    CHECK(slotOf(&ICurveCtlEx::SetSnapEnabled) == 2);
+    CHECK(slotOf(&ICurveCtlEx::GetSnapEnabled) == 3);
+    CHECK(slotOf(&ICurveCtlEx::SetOnionSkin) == 4);
+    CHECK(slotOf(&ICurveCtlEx::GetOnionSkin) == 5);
+    CHECK_FALSE(std::has_virtual_destructor<ICurveCtlEx>::value);
+    CHECK_FALSE(std::is_destructible<ICurveCtlEx>::value);
+    CHECK(sizeof(ICurveCtlEx) == sizeof(void*)); // the table pointer alone
 }
